@@ -1,0 +1,53 @@
+# The shapes that targets of this project share.
+
+include(GNUInstallDirs)
+
+# The build tree mirrors the install tree, so that one relative rpath and one way to find the plug-in and the YANG
+# modules serve both.
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(IPAV_YANG_RELATIVE_DIR share/ipvald/yang)
+
+# ipav_target(<target>): language level, warnings, sanitizers and rpath of every target of this project.
+function(ipav_target target)
+  target_compile_features(${target} PUBLIC cxx_std_20 c_std_11)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    C_EXTENSIONS ON
+    POSITION_INDEPENDENT_CODE ON
+    BUILD_RPATH_USE_ORIGIN ON
+    INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+  if(IPAV_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(IPAV_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=${IPAV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${IPAV_SANITIZE})
+  endif()
+  if(IPAV_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
+
+# ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...] [OWN_MAIN])
+# A GoogleTest program of that name, run by CTest as one test. It writes its results as XML for script/test to count.
+function(ipav_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "" "SOURCES;LIBRARIES;LABELS")
+  add_executable(${name} ${arg_SOURCES})
+  ipav_target(${name})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock)
+  if(NOT arg_OWN_MAIN)
+    target_link_libraries(${name} PRIVATE GTest::gmock_main)
+  endif()
+  target_compile_definitions(${name} PRIVATE
+    IPAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+    IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    LABELS "${arg_LABELS}"
+    TIMEOUT 300
+    ENVIRONMENT "GTEST_OUTPUT=xml:${PROJECT_BINARY_DIR}/test-results/${name}.xml")
+endfunction()

@@ -1,0 +1,116 @@
+#include "datastore.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+#include "confd/store.h"
+#include "cursor.h"
+#include "errors.h"
+
+namespace confd {
+namespace {
+
+struct Socket {
+  int datastore;
+  std::set<int> attached;
+  bool cdb_session = false;
+};
+
+struct Handles {
+  int last = 0;
+  std::map<int, std::shared_ptr<const LoadedSnapshot>> running;  // by datastore
+  std::map<int, Socket> sockets;
+  std::map<int, Transaction> transactions;
+};
+
+Handles& All() {
+  static Handles handles;
+  return handles;
+}
+
+Socket* FindSocket(int sock) {
+  const auto entry = All().sockets.find(sock);
+  if (entry != All().sockets.end()) return &entry->second;
+  Fail(CONFD_ERR_NOSESSION, "no socket " + std::to_string(sock));
+  return nullptr;
+}
+
+std::shared_ptr<const LoadedSnapshot> Loaded(std::shared_ptr<const Snapshot> snapshot) {
+  return std::static_pointer_cast<const LoadedSnapshot>(std::move(snapshot));
+}
+
+}  // namespace
+
+Transaction* FindTransaction(int sock, int thandle) {
+  const Socket* socket = FindSocket(sock);
+  if (socket == nullptr) return nullptr;
+  const auto entry = All().transactions.find(thandle);
+  if (entry != All().transactions.end() && socket->attached.contains(thandle)) {
+    return &entry->second;
+  }
+  Fail(CONFD_ERR_NOTRANS, "no transaction " + std::to_string(thandle) + " on this socket");
+  return nullptr;
+}
+
+const LoadedSnapshot* FindCdbSession(int sock) {
+  const Socket* socket = FindSocket(sock);
+  if (socket == nullptr) return nullptr;
+  if (socket->cdb_session) return All().running.at(socket->datastore).get();
+  Fail(CONFD_ERR_NOSESSION, "no CDB session on socket " + std::to_string(sock));
+  return nullptr;
+}
+
+int OpenCdbSession(int sock) {
+  Socket* socket = FindSocket(sock);
+  if (socket == nullptr) return CONFD_ERR;
+  if (socket->cdb_session) return Fail(CONFD_ERR_PROTOUSAGE, "a CDB session is already open");
+  socket->cdb_session = true;
+  return CONFD_OK;
+}
+
+int EndCdbSession(int sock) {
+  if (FindCdbSession(sock) == nullptr) return CONFD_ERR;
+  All().sockets.at(sock).cdb_session = false;
+  return CONFD_OK;
+}
+
+Datastore::Datastore(std::shared_ptr<const Snapshot> running) : id_(++All().last) {
+  All().running[id_] = Loaded(std::move(running));
+}
+
+Datastore::~Datastore() {
+  Handles& all = All();
+  for (auto entry = all.transactions.begin(); entry != all.transactions.end();) {
+    const int thandle = (entry++)->first;
+    if (all.transactions.at(thandle).datastore == id_) FinishTransaction(thandle);
+  }
+  std::erase_if(all.sockets, [this](const auto& entry) { return entry.second.datastore == id_; });
+  all.running.erase(id_);
+}
+
+int Datastore::OpenSocket() {
+  const int sock = ++All().last;
+  All().sockets.emplace(sock, Socket{id_, {}, false});
+  return sock;
+}
+
+int Datastore::StartTransaction(std::shared_ptr<const Snapshot> candidate) {
+  const int thandle = ++All().last;
+  All().transactions.emplace(
+      thandle, Transaction{id_, All().running.at(id_), Loaded(std::move(candidate)), {}});
+  return thandle;
+}
+
+void Datastore::Attach(int sock, int thandle) { All().sockets.at(sock).attached.insert(thandle); }
+
+int Datastore::FinishTransaction(int thandle) {
+  Transaction& transaction = All().transactions.at(thandle);
+  for (CursorWalk* walk : transaction.walks) walk->transaction = nullptr;
+  const auto open_walks = static_cast<int>(transaction.walks.size());
+  All().transactions.erase(thandle);
+  for (auto& [sock, socket] : All().sockets) socket.attached.erase(thandle);
+  return open_walks;
+}
+
+}  // namespace confd

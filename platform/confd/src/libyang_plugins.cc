@@ -1,0 +1,195 @@
+#include "libyang_plugins.h"
+
+#include <arpa/inet.h>
+#include <dlfcn.h>
+#include <libyang/libyang.h>
+#include <libyang/plugins_exts.h>
+#include <libyang/plugins_types.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+#include "confd/store.h"
+
+namespace confd {
+namespace {
+
+constexpr const char* kModule = "tailf-common";
+constexpr const char* kRevision = "2024-01-01";
+
+// --- The extension tailf:validate
+// -----------------------------------------------------------------------------------
+
+LY_ERR KeepSubstatements(lysp_ctx* /*context*/, lysp_ext_instance* /*extension*/) {
+  return LY_SUCCESS;
+}
+
+// Copies what the statement says: the parsed tree is gone once the module is compiled.
+LY_ERR CompileValidate(lysc_ctx* /*context*/, const lysp_ext_instance* parsed,
+                       lysc_ext_instance* compiled) {
+  auto* statement = new ValidateStatement;
+  for (const lysp_stmt* sub = parsed->child; sub != nullptr; sub = sub->next) {
+    const char* colon = std::strchr(sub->stmt, ':');
+    const std::string_view keyword = colon == nullptr ? sub->stmt : colon + 1;
+    const std::string_view argument = sub->arg == nullptr ? "" : sub->arg;
+    if (keyword == "opaque") {
+      statement->opaque = argument;
+    } else if (keyword == "call-once") {
+      statement->call_once = argument == "true";
+    } else if (keyword == "priority") {
+      std::from_chars(argument.data(), argument.data() + argument.size(), statement->priority);
+    } else if (keyword == "dependency") {
+      statement->dependencies.emplace_back(argument);
+    }
+  }
+  compiled->compiled = statement;
+  return LY_SUCCESS;
+}
+
+void FreeValidate(const ly_ctx* /*context*/, lysc_ext_instance* compiled) {
+  delete static_cast<ValidateStatement*>(compiled->compiled);
+}
+
+// --- Types
+// ----------------------------------------------------------------------------------------------------------
+
+// "ADDRESS/LENGTH" with the address in its canonical text and the length without leading zeros;
+// host bits are kept.
+std::optional<std::string> CanonicalAddressAndLength(std::string_view text, int family) {
+  const size_t slash = text.rfind('/');
+  if (slash == std::string_view::npos) return std::nullopt;
+  const std::string address(text.substr(0, slash));
+  const std::string_view digits = text.substr(slash + 1);
+  unsigned length = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), length);
+  const unsigned full_length = family == AF_INET ? 32 : 128;
+  if (error != std::errc() || end != digits.data() + digits.size() || length > full_length) {
+    return std::nullopt;
+  }
+  in6_addr bytes;
+  char canonical[INET6_ADDRSTRLEN];
+  if (inet_pton(family, address.c_str(), &bytes) != 1) return std::nullopt;
+  inet_ntop(family, &bytes, canonical, sizeof(canonical));
+  return std::string(canonical) + "/" + std::to_string(length);
+}
+
+std::optional<std::string> CanonicalHexList(std::string_view text) {
+  std::string canonical(text);
+  for (char& c : canonical) {
+    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return canonical;
+}
+
+using Canonicalize = std::optional<std::string> (*)(std::string_view);
+
+// Stores a value in its canonical text, so that equal values are equal keys; patterns of the type
+// are checked on it.
+LY_ERR StoreCanonical(Canonicalize canonicalize, const char* what, const ly_ctx* ctx,
+                      const lysc_type* type, const void* value, size_t value_length,
+                      uint32_t options, LY_VALUE_FORMAT format, void* prefix_data, uint32_t hints,
+                      const lysc_node* ctx_node, lyd_value* storage, lys_glob_unres* unres,
+                      ly_err_item** err) {
+  const std::string text(static_cast<const char*>(value), value_length);
+  const std::optional<std::string> canonical = canonicalize(text);
+  if ((options & LYPLG_TYPE_STORE_DYNAMIC) != 0) {
+    free(const_cast<void*>(value));
+    options &= ~static_cast<uint32_t>(LYPLG_TYPE_STORE_DYNAMIC);
+  }
+  if (!canonical) {
+    return ly_err_new(err, LY_EVALID, LYVE_DATA, nullptr, nullptr, "Invalid %s \"%s\".", what,
+                      text.c_str());
+  }
+  return lyplg_type_store_string(ctx, type, canonical->data(), canonical->size(), options, format,
+                                 prefix_data, hints, ctx_node, storage, unres, err);
+}
+
+LY_ERR StoreIpv4AndPlen(const ly_ctx* ctx, const lysc_type* type, const void* value,
+                        size_t value_length, uint32_t options, LY_VALUE_FORMAT format,
+                        void* prefix_data, uint32_t hints, const lysc_node* ctx_node,
+                        lyd_value* storage, lys_glob_unres* unres, ly_err_item** err) {
+  return StoreCanonical(
+      [](std::string_view text) { return CanonicalAddressAndLength(text, AF_INET); },
+      "IPv4 address and prefix length", ctx, type, value, value_length, options, format,
+      prefix_data, hints, ctx_node, storage, unres, err);
+}
+
+LY_ERR StoreIpv6AndPlen(const ly_ctx* ctx, const lysc_type* type, const void* value,
+                        size_t value_length, uint32_t options, LY_VALUE_FORMAT format,
+                        void* prefix_data, uint32_t hints, const lysc_node* ctx_node,
+                        lyd_value* storage, lys_glob_unres* unres, ly_err_item** err) {
+  return StoreCanonical(
+      [](std::string_view text) { return CanonicalAddressAndLength(text, AF_INET6); },
+      "IPv6 address and prefix length", ctx, type, value, value_length, options, format,
+      prefix_data, hints, ctx_node, storage, unres, err);
+}
+
+LY_ERR StoreHexList(const ly_ctx* ctx, const lysc_type* type, const void* value,
+                    size_t value_length, uint32_t options, LY_VALUE_FORMAT format,
+                    void* prefix_data, uint32_t hints, const lysc_node* ctx_node,
+                    lyd_value* storage, lys_glob_unres* unres, ly_err_item** err) {
+  return StoreCanonical(CanonicalHexList, "list of octets", ctx, type, value, value_length, options,
+                        format, prefix_data, hints, ctx_node, storage, unres, err);
+}
+
+lyplg_type TypePlugin(const char* id, lyplg_type_store_clb store) {
+  lyplg_type plugin{};
+  plugin.id = id;
+  plugin.store = store;
+  plugin.compare = lyplg_type_compare_simple;
+  plugin.print = lyplg_type_print_simple;
+  plugin.duplicate = lyplg_type_dup_simple;
+  plugin.free = lyplg_type_free_simple;
+  plugin.lyb_data_len = -1;
+  return plugin;
+}
+
+lyplg_ext ValidatePlugin() {
+  lyplg_ext plugin{};
+  plugin.id = "confd - validate";
+  plugin.parse = KeepSubstatements;
+  plugin.compile = CompileValidate;
+  plugin.cfree = FreeValidate;
+  return plugin;
+}
+
+}  // namespace
+}  // namespace confd
+
+// libyang looks these names up in the library that lyplg_add names; each table ends with an empty
+// record.
+extern "C" {
+extern uint32_t plugins_types_apiver__;
+extern const lyplg_type_record plugins_types__[];
+extern uint32_t plugins_extensions_apiver__;
+extern const lyplg_ext_record plugins_extensions__[];
+
+uint32_t plugins_types_apiver__ = LYPLG_TYPE_API_VERSION;
+const lyplg_type_record plugins_types__[] = {
+    {confd::kModule, confd::kRevision, "ipv4-address-and-prefix-length",
+     confd::TypePlugin(confd::kIpv4AndPlenType, confd::StoreIpv4AndPlen)},
+    {confd::kModule, confd::kRevision, "ipv6-address-and-prefix-length",
+     confd::TypePlugin(confd::kIpv6AndPlenType, confd::StoreIpv6AndPlen)},
+    {confd::kModule, confd::kRevision, "hex-list",
+     confd::TypePlugin(confd::kHexListType, confd::StoreHexList)},
+    {}};
+
+uint32_t plugins_extensions_apiver__ = LYPLG_EXT_API_VERSION;
+const lyplg_ext_record plugins_extensions__[] = {
+    {confd::kModule, confd::kRevision, "validate", confd::ValidatePlugin()}, {}};
+}
+
+namespace confd {
+
+void RegisterLibyangPlugins() {
+  Dl_info library;
+  if (dladdr(&plugins_types_apiver__, &library) == 0 ||
+      lyplg_add(library.dli_fname) != LY_SUCCESS) {
+    throw Error("libyang does not accept the plug-ins for tailf-common");
+  }
+}
+
+}  // namespace confd

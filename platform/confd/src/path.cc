@@ -1,0 +1,257 @@
+#include "path.h"
+
+#include <arpa/inet.h>
+
+#include <cctype>
+#include <vector>
+
+#include "confd_lib.h"
+#include "errors.h"
+#include "value.h"
+
+namespace confd {
+namespace {
+
+std::string AddressText(int family, const void* address) {
+  char text[INET6_ADDRSTRLEN];
+  return inet_ntop(family, address, text, sizeof(text));
+}
+
+std::string KpathText(const confd_hkeypath_t* path, int length) {
+  std::string text(static_cast<size_t>(confd_pp_kpath_len(nullptr, 0, path, length)), '\0');
+  confd_pp_kpath_len(text.data(), static_cast<int>(text.size()) + 1, path, length);
+  return text;
+}
+
+std::string KeysText(const confd_value_t* keys, int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) {
+    if (i > 0) text += " ";
+    text += PrintKey(keys[i]);
+  }
+  return text;
+}
+
+bool SpellsOutKeyWithPercent(const LoadedSnapshot& configuration, std::string_view format) {
+  if (!format.starts_with('/') || format.find('%') == std::string_view::npos) return false;
+  for (const std::string& key : configuration.KeysWithPercent()) {
+    if (format.find("{" + key + "}") != std::string_view::npos) return true;
+  }
+  return false;
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+// Length of the text in double quotes that `text` begins with, quotes included; 0 when it is not in
+// quotes. A quote inside a key, as in 19"rack, is an ordinary character.
+size_t QuotedLength(std::string_view text) {
+  if (!text.starts_with('"')) return 0;
+  for (size_t i = 1; i < text.size(); ++i) {
+    if (text[i] == '\\') {
+      ++i;
+    } else if (text[i] == '"') {
+      const bool ends_key = i + 1 == text.size() || IsBlank(text[i + 1]) || text[i + 1] == '}';
+      return ends_key ? i + 1 : 0;
+    }
+  }
+  return 0;
+}
+
+bool IsQuoted(std::string_view text) { return !text.empty() && QuotedLength(text) == text.size(); }
+
+std::string Unquote(std::string_view text) {
+  std::string plain;
+  for (size_t i = 1; i + 1 < text.size(); ++i) {
+    const bool escape =
+        text[i] == '\\' && i + 2 < text.size() && (text[i + 1] == '"' || text[i + 1] == '\\');
+    if (escape) ++i;
+    plain.push_back(text[i]);
+  }
+  return plain;
+}
+
+// End of the key text that begins at `text`: the first "}" that ends the path or stands before "/",
+// not inside quotes. Only where a list has several keys does a key also begin behind a blank.
+size_t KeysEnd(std::string_view text, bool several) {
+  bool at_key = true;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (IsBlank(text[i])) {
+      at_key = at_key || several;
+      continue;
+    }
+    if (const size_t quoted = at_key ? QuotedLength(text.substr(i)) : 0; quoted > 0) {
+      i += quoted - 1;
+    } else if (text[i] == '}' && (i + 1 == text.size() || text[i + 1] == '/')) {
+      return i;
+    }
+    at_key = false;
+  }
+  return std::string_view::npos;
+}
+
+// Splits the text of several keys at blanks outside double quotes.
+std::vector<std::string_view> SplitKeys(std::string_view text) {
+  std::vector<std::string_view> keys;
+  for (text = Trim(text); !text.empty(); text = Trim(text)) {
+    size_t length = QuotedLength(text);
+    if (length == 0) length = std::min(text.find_first_of(" \t\n"), text.size());
+    keys.push_back(text.substr(0, length));
+    text.remove_prefix(length);
+  }
+  return keys;
+}
+
+bool HasOneKey(const lysc_node* list) {
+  const lysc_node* second = lysc_node_child(list)->next;
+  return second == nullptr || !lysc_is_key(second);
+}
+
+// Canonical keys of a list entry, joined; nothing when their number or a text does not fit.
+std::optional<std::string> ReadKeys(const lysc_node* list, std::string_view text) {
+  const lysc_node* key = lysc_node_child(list);
+  std::vector<std::string_view> parts;
+  if (HasOneKey(list)) {
+    parts.push_back(Trim(text));
+  } else {
+    parts = SplitKeys(text);
+  }
+  std::string joined;
+  for (const std::string_view part : parts) {
+    if (key == nullptr || !lysc_is_key(key)) return std::nullopt;
+    const auto canonical =
+        IsQuoted(part) ? CanonicalText(key, Unquote(part)) : CanonicalText(key, part);
+    if (!canonical) return std::nullopt;
+    JoinKey(joined, *canonical);
+    key = key->next;
+  }
+  if (key != nullptr && lysc_is_key(key)) return std::nullopt;
+  return joined;
+}
+
+class PathReader {
+ public:
+  PathReader(const LoadedSnapshot& configuration, std::string_view text)
+      : configuration_(configuration), whole_(text), rest_(text) {}
+
+  std::optional<Place> Read() {
+    place_.exists = true;
+    if (rest_.starts_with('/')) rest_.remove_prefix(1);
+    while (!rest_.empty()) {
+      if (!ReadStep()) return std::nullopt;
+    }
+    return place_;
+  }
+
+ private:
+  bool ReadStep() {
+    const size_t name_end = std::min(rest_.find_first_of("/{"), rest_.size());
+    std::string_view name = rest_.substr(0, name_end);
+    std::string_view prefix;
+    if (const size_t colon = name.find(':'); colon != std::string_view::npos) {
+      prefix = name.substr(0, colon);
+      name = name.substr(colon + 1);
+    }
+    const lysc_node* schema =
+        AsLoaded(configuration_.schema()).FindChild(place_.schema, prefix, name);
+    if (schema == nullptr) return Bad("unknown node");
+    if (place_.without_keys) return Bad("keys are missing");
+    rest_.remove_prefix(name_end);
+    const lyd_node* parent = place_.exists ? place_.node : nullptr;
+    const bool parent_exists = place_.exists;
+    place_.schema = schema;
+    place_.parent = parent;
+    if (rest_.starts_with('{')) {
+      if (schema->nodetype != LYS_LIST) return Bad("keys at a node that is no list");
+      if (!ReadEntry(schema, parent, parent_exists)) return false;
+    } else if (IsListLike(schema)) {
+      place_.node = nullptr;
+      place_.without_keys = true;
+    } else {
+      place_.node = parent_exists ? configuration_.Child(parent, schema) : nullptr;
+      place_.exists = place_.node != nullptr;
+    }
+    if (rest_.empty()) return true;
+    rest_.remove_prefix(1);  // "/"
+    return rest_.empty() ? Bad("a step is missing") : true;
+  }
+
+  bool ReadEntry(const lysc_node* list, const lyd_node* parent, bool parent_exists) {
+    rest_.remove_prefix(1);
+    const size_t end = KeysEnd(rest_, !HasOneKey(list));
+    if (end == std::string_view::npos) return Bad("\"}\" is missing");
+    const auto keys = ReadKeys(list, rest_.substr(0, end));
+    if (!keys) return Bad("keys do not fit the list");
+    rest_.remove_prefix(end + 1);
+    place_.node = parent_exists ? configuration_.List(parent, list).Find(*keys) : nullptr;
+    place_.exists = place_.node != nullptr;
+    return true;
+  }
+
+  bool Bad(const char* why) {
+    Fail(CONFD_ERR_BADPATH, std::string(why) + " in path " + std::string(whole_));
+    return false;
+  }
+
+  const LoadedSnapshot& configuration_;
+  std::string_view whole_;
+  std::string_view rest_;
+  Place place_;
+};
+
+}  // namespace
+
+std::optional<std::string> FormatPath(const LoadedSnapshot* configuration, const char* format,
+                                      va_list args) {
+  if (configuration != nullptr && SpellsOutKeyWithPercent(*configuration, format)) {
+    Fail(CONFD_ERR_BADPATH, std::string("a key is taken for a format in ") + format);
+    return std::nullopt;
+  }
+  std::string path;
+  for (const char* c = format; *c != '\0'; ++c) {
+    if (*c != '%') {
+      path.push_back(*c);
+      continue;
+    }
+    ++c;
+    const bool counted = *c == '*';
+    const int count = counted ? va_arg(args, int) : 1;
+    if (counted) ++c;
+    const std::string_view rest(c);
+    if (*c == 'x') {
+      path += KeysText(va_arg(args, const confd_value_t*), count);
+    } else if (*c == 'h') {
+      const auto* kpath = va_arg(args, const confd_hkeypath_t*);
+      path += KpathText(kpath, counted ? count : kpath->len);
+    } else if (!counted && *c == 's') {
+      path += va_arg(args, const char*);
+    } else if (!counted && *c == 'd') {
+      path += std::to_string(va_arg(args, int));
+    } else if (!counted && *c == 'u') {
+      path += std::to_string(va_arg(args, unsigned));
+    } else if (!counted && *c == '%') {
+      path.push_back('%');
+    } else if (!counted && rest.starts_with("ip4")) {
+      path += AddressText(AF_INET, va_arg(args, const in_addr*));
+      c += 2;
+    } else if (!counted && rest.starts_with("ip6")) {
+      path += AddressText(AF_INET6, va_arg(args, const in6_addr*));
+      c += 2;
+    } else {
+      Fail(CONFD_ERR_BADPATH, std::string("unknown conversion in path format ") + format);
+      return std::nullopt;
+    }
+  }
+  return path;
+}
+
+std::optional<Place> FindPlace(const LoadedSnapshot& configuration, std::string_view text) {
+  return PathReader(configuration, text).Read();
+}
+
+}  // namespace confd

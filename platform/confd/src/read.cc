@@ -1,0 +1,38 @@
+#include "read.h"
+
+#include <string>
+
+#include "errors.h"
+
+namespace confd {
+
+int ReadExists(const Place& place) { return place.exists ? 1 : 0; }
+
+int ReadInstanceCount(const LoadedSnapshot& configuration, const Place& place) {
+  if (!place.without_keys) return Fail(CONFD_ERR_BADPATH, "not the path of a list");
+  if (!place.exists) {
+    return Fail(CONFD_ERR_NOEXISTS, SchemaPath(place.schema) + " has no parent here");
+  }
+  return static_cast<int>(configuration.List(place.parent, place.schema).entries().size());
+}
+
+int ReadValue(const Place& place, confd_value_t* value) {
+  if (place.schema == nullptr || place.schema->nodetype != LYS_LEAF) {
+    return Fail(CONFD_ERR_BADPATH, "not the path of a leaf");
+  }
+  if (place.node == nullptr) {
+    return Fail(CONFD_ERR_NOEXISTS, SchemaPath(place.schema) + " does not exist here");
+  }
+  const confd_value_t read = LeafValue(place.node);
+  if (read.type == C_NOEXISTS) {
+    return Fail(CONFD_ERR_NOT_IMPLEMENTED, SchemaPath(place.schema) + " has a type not carried");
+  }
+  *value = read;
+  return CONFD_OK;
+}
+
+int WrongType(const Place& place) {
+  return Fail(CONFD_ERR_BADTYPE, SchemaPath(place.schema) + " has another type");
+}
+
+}  // namespace confd

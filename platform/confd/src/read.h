@@ -1,0 +1,35 @@
+// Reads at a place of a configuration; MAAPI and CDB answer alike.
+#ifndef PLATFORM_CONFD_READ_H_
+#define PLATFORM_CONFD_READ_H_
+
+#include "path.h"
+#include "value.h"
+
+namespace confd {
+
+int ReadExists(const Place& place);
+int ReadInstanceCount(const LoadedSnapshot& configuration, const Place& place);
+
+/// The leaf's value, owned by the caller.
+int ReadValue(const Place& place, confd_value_t* value);
+
+/// Reads a leaf that must have ConfD type `type` and gives the value, which stays owned here, to
+/// `store`.
+template <typename Store>
+int ReadTyped(const Place& place, confd_vtype type, Store store);
+
+int WrongType(const Place& place);
+
+template <typename Store>
+int ReadTyped(const Place& place, confd_vtype type, Store store) {
+  confd_value_t value;
+  if (ReadValue(place, &value) != CONFD_OK) return CONFD_ERR;
+  const bool fits = value.type == type;
+  if (fits) store(value);
+  FreeOwned(&value);
+  return fits ? CONFD_OK : WrongType(place);
+}
+
+}  // namespace confd
+
+#endif  // PLATFORM_CONFD_READ_H_

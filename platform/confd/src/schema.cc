@@ -1,0 +1,208 @@
+#include "schema.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "libyang_plugins.h"
+
+namespace confd {
+namespace {
+
+std::weak_ptr<const LoadedSchema>& CurrentSlot() {
+  static std::weak_ptr<const LoadedSchema> current;
+  return current;
+}
+
+std::string LibyangMessage(const ly_ctx* context) {
+  const char* message = ly_errmsg(context);
+  return message == nullptr ? "unknown error of libyang" : message;
+}
+
+// Module names of the files NAME.yang and NAME@REVISION.yang of a folder.
+std::set<std::string> ModuleNames(const std::filesystem::path& yang_dir) {
+  std::set<std::string> names;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(yang_dir, error)) {
+    if (entry.path().extension() != ".yang") continue;
+    const std::string stem = entry.path().stem().string();
+    names.insert(stem.substr(0, stem.find('@')));
+  }
+  if (error)
+    throw Error("cannot read the YANG folder " + yang_dir.string() + ": " + error.message());
+  if (names.empty()) throw Error("no YANG module in " + yang_dir.string());
+  return names;
+}
+
+bool HasName(const lysc_node* node, std::string_view prefix, std::string_view name) {
+  if (name != node->name) return false;
+  return prefix.empty() || prefix == node->module->prefix || prefix == node->module->name;
+}
+
+}  // namespace
+
+std::shared_ptr<const Schema> Schema::Load(const std::filesystem::path& yang_dir) {
+  auto schema = std::make_shared<const LoadedSchema>(yang_dir);
+  CurrentSlot() = schema;
+  return schema;
+}
+
+std::shared_ptr<const LoadedSchema> CurrentSchema() { return CurrentSlot().lock(); }
+
+LoadedSchema::LoadedSchema(const std::filesystem::path& yang_dir) {
+  LoadModules(yang_dir);
+  SchemaChildren& top = children_[nullptr];
+  const lys_module* module = nullptr;
+  uint32_t index = 0;
+  while ((module = ly_ctx_get_module_iter(context_.get(), &index)) != nullptr) {
+    if (module->implemented == 0) continue;
+    prefixes_[texts_.Add(module->ns)] = module->prefix;
+    LY_ARRAY_COUNT_TYPE i;
+    LY_ARRAY_FOR(module->identities, i) { texts_.Add(module->identities[i].name); }
+    AddChildren(nullptr, module->compiled, top);
+  }
+  for (const lysc_node* node : top) AddNode(node, 1);
+  for (const lysc_node* node : top) AddPoints(node);
+}
+
+void LoadedSchema::LoadModules(const std::filesystem::path& yang_dir) {
+  ly_log_options(LY_LOSTORE_LAST);  // messages are read from the context, nothing is printed
+  const std::set<std::string> names = ModuleNames(yang_dir);
+  ly_ctx* context = nullptr;
+  if (ly_ctx_new(yang_dir.c_str(), LY_CTX_DISABLE_SEARCHDIR_CWD, &context) != LY_SUCCESS) {
+    throw Error("cannot read the YANG folder " + yang_dir.string());
+  }
+  context_.reset(context);
+  RegisterLibyangPlugins();
+  for (const std::string& name : names) {
+    if (ly_ctx_load_module(context, name.c_str(), nullptr, nullptr) == nullptr) {
+      throw Error("YANG module " + name + ": " + LibyangMessage(context));
+    }
+  }
+}
+
+void LoadedSchema::AddChildren(const lysc_node* parent, const lysc_module* module,
+                               SchemaChildren& children) {
+  const lysc_node* child = nullptr;
+  while ((child = lys_getnext(child, parent, module, 0)) != nullptr) {
+    if ((child->nodetype & (LYS_RPC | LYS_ACTION | LYS_NOTIF)) == 0) children.push_back(child);
+  }
+}
+
+void LoadedSchema::AddNode(const lysc_node* node, int depth) {
+  if (IsListLike(node)) ++depth;  // an entry takes a second element of a keypath
+  if (depth >= MAXDEPTH) throw Error(SchemaPath(node) + " is deeper than a keypath can hold");
+  if (node->nodetype == LYS_LIST && KeyLeaves(node).size() >= MAXKEYLEN) {
+    throw Error(SchemaPath(node) + " has more keys than a keypath can hold");
+  }
+  tags_[node] = {texts_.Add(node->name), TagOf(node->module->ns)};
+  if ((node->nodetype & (LYS_CONTAINER | LYS_LIST)) == 0) return;
+  SchemaChildren& children = children_[node];
+  AddChildren(node, nullptr, children);
+  for (const lysc_node* child : children) AddNode(child, depth + 1);
+}
+
+// Dependencies may name any node of the model, so all nodes are known before the first point is
+// added.
+void LoadedSchema::AddPoints(const lysc_node* node) {
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(node->exts, i) {
+    const lysc_ext_instance& extension = node->exts[i];
+    if (std::string_view(extension.def->name) != "validate" ||
+        std::string_view(extension.def->module->name) != "tailf-common") {
+      continue;
+    }
+    const auto* statement = static_cast<const ValidateStatement*>(extension.compiled);
+    ValidationPoint point;
+    point.id = extension.argument;
+    point.opaque = statement->opaque;
+    point.call_once = statement->call_once;
+    point.priority = statement->priority;
+    point.node = node;
+    for (const std::string& path : statement->dependencies) {
+      point.dependencies.push_back({ResolveDependency(node, path), path.starts_with('/')});
+    }
+    points_.push_back(std::move(point));
+  }
+  for (const lysc_node* child : Children(node)) AddPoints(child);
+}
+
+// Steps are names, "." and "..", separated by "/"; a leading "/" starts at the top.
+const lysc_node* LoadedSchema::ResolveDependency(const lysc_node* node,
+                                                 std::string_view path) const {
+  const std::string whole(path);
+  const lysc_node* current = node;
+  if (!path.empty() && path.front() == '/') {
+    current = nullptr;
+    path.remove_prefix(1);
+  }
+  while (!path.empty()) {
+    const size_t slash = path.find('/');
+    const std::string_view step = path.substr(0, slash);
+    path = slash == std::string_view::npos ? std::string_view() : path.substr(slash + 1);
+    if (step == ".") continue;
+    if (step == "..") {
+      current = current == nullptr ? nullptr : DataParent(current);
+      continue;
+    }
+    const size_t colon = step.find(':');
+    const bool prefixed = colon != std::string_view::npos;
+    current = FindChild(current, prefixed ? step.substr(0, colon) : std::string_view(),
+                        prefixed ? step.substr(colon + 1) : step);
+    if (current == nullptr) break;
+  }
+  if (current == nullptr) {
+    throw Error("dependency \"" + whole + "\" of a validation point at " + SchemaPath(node) +
+                " names no node");
+  }
+  return current;
+}
+
+const char* LoadedSchema::NamespacePrefix(uint32_t ns) const {
+  const auto entry = prefixes_.find(ns);
+  return entry == prefixes_.end() ? nullptr : entry->second;
+}
+
+const SchemaChildren& LoadedSchema::Children(const lysc_node* parent) const {
+  static const SchemaChildren kNone;
+  const auto entry = children_.find(parent);
+  return entry == children_.end() ? kNone : entry->second;
+}
+
+const lysc_node* LoadedSchema::FindChild(const lysc_node* parent, std::string_view prefix,
+                                         std::string_view name) const {
+  const lysc_node* found = nullptr;
+  for (const lysc_node* child : Children(parent)) {
+    if (!HasName(child, prefix, name)) continue;
+    if (found != nullptr) return nullptr;
+    found = child;
+  }
+  return found;
+}
+
+const lysc_node* DataParent(const lysc_node* node) {
+  const lysc_node* parent = node->parent;
+  while (parent != nullptr && (parent->nodetype & (LYS_CHOICE | LYS_CASE)) != 0) {
+    parent = parent->parent;
+  }
+  return parent;
+}
+
+std::vector<const lysc_node*> KeyLeaves(const lysc_node* list) {
+  std::vector<const lysc_node*> keys;
+  for (const lysc_node* child = lysc_node_child(list); child != nullptr && lysc_is_key(child);
+       child = child->next) {
+    keys.push_back(child);
+  }
+  return keys;
+}
+
+std::string SchemaPath(const lysc_node* node) {
+  std::string path;
+  for (const lysc_node* step = node; step != nullptr; step = DataParent(step)) {
+    path.insert(0, "/" + std::string(step->name));
+  }
+  return path;
+}
+
+}  // namespace confd

@@ -1,0 +1,81 @@
+// The compiled data model, prepared for walking by name.
+#ifndef PLATFORM_CONFD_SCHEMA_H_
+#define PLATFORM_CONFD_SCHEMA_H_
+
+#include <libyang/libyang.h>
+
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "confd/store.h"
+#include "tags.h"
+
+namespace confd {
+
+/// Nodes below one node, or the top-level nodes; choices and cases are looked through.
+using SchemaChildren = std::vector<const lysc_node*>;
+
+class LoadedSchema : public Schema {
+ public:
+  explicit LoadedSchema(const std::filesystem::path& yang_dir);
+
+  ly_ctx* context() const override { return context_.get(); }
+  const std::vector<ValidationPoint>& validation_points() const override { return points_; }
+  xml_tag tag(const lysc_node* node) const override { return tags_.at(node); }
+
+  const TagTable& texts() const { return texts_; }
+  const char* NamespacePrefix(uint32_t ns) const;
+
+  /// Children in schema order; top-level nodes for null.
+  const SchemaChildren& Children(const lysc_node* parent) const;
+
+  /// The child of that name. An empty `prefix` matches any module, otherwise it is a module's
+  /// prefix or name.
+  /// @returns null when there is none, or more than one.
+  const lysc_node* FindChild(const lysc_node* parent, std::string_view prefix,
+                             std::string_view name) const;
+
+ private:
+  struct ContextDeleter {
+    void operator()(ly_ctx* context) const { ly_ctx_destroy(context); }
+  };
+
+  void LoadModules(const std::filesystem::path& yang_dir);
+  void AddChildren(const lysc_node* parent, const lysc_module* module, SchemaChildren& children);
+  void AddNode(const lysc_node* node, int depth);
+  void AddPoints(const lysc_node* node);
+  const lysc_node* ResolveDependency(const lysc_node* node, std::string_view path) const;
+
+  std::unique_ptr<ly_ctx, ContextDeleter> context_;
+  TagTable texts_;
+  std::unordered_map<const lysc_node*, xml_tag> tags_;
+  std::unordered_map<uint32_t, const char*> prefixes_;  // by namespace number
+  std::unordered_map<const lysc_node*, SchemaChildren> children_;
+  std::vector<ValidationPoint> points_;
+};
+
+/// The schema loaded last, null when none is alive: what functions without a transaction name tags
+/// by.
+std::shared_ptr<const LoadedSchema> CurrentSchema();
+
+/// The same object with its wider interface.
+inline const LoadedSchema& AsLoaded(const Schema& schema) {
+  return static_cast<const LoadedSchema&>(schema);
+}
+
+/// Whether instances of the node are told apart by a key: lists and leaf-lists.
+inline bool IsListLike(const lysc_node* node) {
+  return (node->nodetype & (LYS_LIST | LYS_LEAFLIST)) != 0;
+}
+
+/// Parent data node of a schema node, choices and cases looked through; null at the top.
+const lysc_node* DataParent(const lysc_node* node);
+
+/// The key leaves of a list in the order of its key statement.
+std::vector<const lysc_node*> KeyLeaves(const lysc_node* list);
+
+}  // namespace confd
+
+#endif  // PLATFORM_CONFD_SCHEMA_H_

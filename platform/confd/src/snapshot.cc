@@ -1,0 +1,207 @@
+#include "snapshot.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "value.h"
+
+namespace confd {
+namespace {
+
+const lyd_node* ChildList(const lyd_node* parent) { return lyd_child(parent); }
+
+bool LessByKeys(const lyd_node* a, const lyd_node* b) { return CompareEntries(a, b) < 0; }
+
+Error LibyangError(const ly_ctx* context) {
+  const ly_err_item* last = ly_err_first(context);
+  if (last == nullptr) return Error("the configuration is not valid");
+  last = last->prev;  // the list is a ring: the newest stands before the first
+  std::string message = last->msg == nullptr ? "the configuration is not valid" : last->msg;
+  uint64_t line = 0;
+  if (last->path != nullptr) {
+    message += std::string(" ") + last->path;
+    const std::string_view where = last->path;
+    constexpr std::string_view kLine = "ine number ";  // "Line number 3." or "..., line number 3."
+    if (const size_t at = where.rfind(kLine); at != std::string_view::npos) {
+      std::from_chars(where.data() + at + kLine.size(), where.data() + where.size(), line);
+    }
+  }
+  return Error(message, line);
+}
+
+// Nodes from below `ancestor` (from the top when it is null) down to `node`.
+std::vector<const lysc_node*> WayDown(const lysc_node* ancestor, const lysc_node* node) {
+  std::vector<const lysc_node*> way;
+  for (const lysc_node* step = node; step != ancestor && step != nullptr; step = DataParent(step)) {
+    way.push_back(step);
+  }
+  std::reverse(way.begin(), way.end());
+  return way;
+}
+
+}  // namespace
+
+void JoinKey(std::string& joined, std::string_view text) {
+  joined.append(text);
+  joined.push_back('\0');  // no YANG value holds one
+}
+
+std::string JoinedKey(const lyd_node* entry) {
+  std::string joined;
+  if (entry->schema->nodetype == LYS_LEAFLIST) {
+    JoinKey(joined, lyd_get_value(entry));
+    return joined;
+  }
+  for (const lyd_node* key = ChildList(entry); key != nullptr && lysc_is_key(key->schema);
+       key = key->next) {
+    JoinKey(joined, lyd_get_value(key));
+  }
+  return joined;
+}
+
+int CompareEntries(const lyd_node* a, const lyd_node* b) {
+  if (a->schema->nodetype == LYS_LEAFLIST) return CompareLeafValues(a, b);
+  const lyd_node* x = ChildList(a);
+  const lyd_node* y = ChildList(b);
+  while (x != nullptr && y != nullptr && lysc_is_key(x->schema) && lysc_is_key(y->schema)) {
+    const int order = CompareLeafValues(x, y);
+    if (order != 0) return order;
+    x = x->next;
+    y = y->next;
+  }
+  return 0;
+}
+
+ListIndex::ListIndex(const lysc_node* list, const lyd_node* first_sibling) {
+  for (const lyd_node* node = first_sibling; node != nullptr; node = node->next) {
+    if (node->schema == list) entries_.push_back(node);
+  }
+  if (!lysc_is_userordered(list) && !std::is_sorted(entries_.begin(), entries_.end(), LessByKeys)) {
+    std::sort(entries_.begin(), entries_.end(), LessByKeys);
+  }
+}
+
+const lyd_node* ListIndex::Find(const std::string& key) const {
+  if (by_key_.empty()) {
+    by_key_.reserve(entries_.size());
+    for (const lyd_node* entry : entries_) by_key_.emplace(JoinedKey(entry), entry);
+  }
+  const auto entry = by_key_.find(key);
+  return entry == by_key_.end() ? nullptr : entry->second;
+}
+
+std::shared_ptr<const Snapshot> Snapshot::Empty(std::shared_ptr<const Schema> schema) {
+  lyd_node* tree = nullptr;
+  if (lyd_validate_all(&tree, schema->context(), LYD_VALIDATE_NO_STATE, nullptr) != LY_SUCCESS) {
+    throw LibyangError(schema->context());
+  }
+  return FromTree(std::move(schema), tree);
+}
+
+std::shared_ptr<const Snapshot> Snapshot::FromText(std::shared_ptr<const Schema> schema,
+                                                   const std::string& text) {
+  lyd_node* tree = nullptr;
+  const LYD_FORMAT format = text.starts_with('<') ? LYD_XML : LYD_JSON;
+  if (lyd_parse_data_mem(schema->context(), text.c_str(), format,
+                         LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, LYD_VALIDATE_NO_STATE,
+                         &tree) != LY_SUCCESS) {
+    throw LibyangError(schema->context());
+  }
+  return FromTree(std::move(schema), tree);
+}
+
+std::shared_ptr<const Snapshot> Snapshot::FromTree(std::shared_ptr<const Schema> schema,
+                                                   lyd_node* tree) {
+  return std::make_shared<const LoadedSnapshot>(std::move(schema), tree);
+}
+
+LoadedSnapshot::LoadedSnapshot(std::shared_ptr<const Schema> schema, lyd_node* tree)
+    : schema_(std::move(schema)), tree_(lyd_first_sibling(tree)) {
+  for (const lyd_node* node = tree_.get(); node != nullptr; node = node->next) {
+    if (!IsListLike(node->schema)) top_[node->schema] = node;
+  }
+}
+
+const lyd_node* LoadedSnapshot::Child(const lyd_node* parent, const lysc_node* node) const {
+  if (parent == nullptr) {
+    const auto entry = top_.find(node);
+    return entry == top_.end() ? nullptr : entry->second;
+  }
+  // Most nodes have few children; where a long list stands among them, libyang's hash is asked.
+  const lyd_node* first = ChildList(parent);
+  int looked_at = 0;
+  for (const lyd_node* child = first; child != nullptr; child = child->next) {
+    if (child->schema == node) return child;
+    if (++looked_at == 8) break;
+  }
+  lyd_node* found = nullptr;
+  if (looked_at == 8) lyd_find_sibling_val(first, node, nullptr, 0, &found);
+  return found;
+}
+
+const ListIndex& LoadedSnapshot::List(const lyd_node* parent, const lysc_node* list) const {
+  std::unique_ptr<ListIndex>& index = lists_[ListId{parent, list}];
+  if (index == nullptr) {
+    index = std::make_unique<ListIndex>(list, parent == nullptr ? tree_.get() : ChildList(parent));
+  }
+  return *index;
+}
+
+std::vector<const lyd_node*> LoadedSnapshot::Instances(const lysc_node* node,
+                                                       const lyd_node* ancestor) const {
+  std::vector<const lyd_node*> found;
+  if (ancestor != nullptr && ancestor->schema == node) {
+    found.push_back(ancestor);
+    return found;
+  }
+  CollectInstances(WayDown(ancestor == nullptr ? nullptr : ancestor->schema, node), 0, ancestor,
+                   found);
+  return found;
+}
+
+void LoadedSnapshot::CollectInstances(const std::vector<const lysc_node*>& way, size_t step,
+                                      const lyd_node* parent,
+                                      std::vector<const lyd_node*>& found) const {
+  const auto go_on = [&](const lyd_node* node) {
+    if (step + 1 == way.size()) {
+      found.push_back(node);
+    } else {
+      CollectInstances(way, step + 1, node, found);
+    }
+  };
+  if (IsListLike(way[step])) {
+    for (const lyd_node* entry : List(parent, way[step]).entries()) go_on(entry);
+  } else if (const lyd_node* child = Child(parent, way[step])) {
+    go_on(child);
+  }
+}
+
+const lyd_node* LoadedSnapshot::Counterpart(const lyd_node* node) const {
+  const lyd_node* their_parent = lyd_parent(node);
+  const lyd_node* parent = nullptr;
+  if (their_parent != nullptr) {
+    parent = Counterpart(their_parent);
+    if (parent == nullptr) return nullptr;
+  }
+  if (IsListLike(node->schema)) return List(parent, node->schema).Find(JoinedKey(node));
+  return Child(parent, node->schema);
+}
+
+const std::vector<std::string>& LoadedSnapshot::KeysWithPercent() const {
+  if (keys_with_percent_) return *keys_with_percent_;
+  keys_with_percent_.emplace();
+  for (const lyd_node* top = tree_.get(); top != nullptr; top = top->next) {
+    const lyd_node* node = nullptr;
+    LYD_TREE_DFS_BEGIN(top, node) {
+      if (lysc_is_key(node->schema)) {
+        const std::string_view text = lyd_get_value(node);
+        if (text.find('%') != std::string_view::npos) keys_with_percent_->emplace_back(text);
+      }
+      LYD_TREE_DFS_END(top, node);
+    }
+  }
+  return *keys_with_percent_;
+}
+
+}  // namespace confd

@@ -1,0 +1,152 @@
+// The configuration snapshot: what the checks know about the candidate configuration.
+//
+// A Config belongs to the daemon, from lib_init to lib_finish. It holds five tables; each is read
+// from ConfD when a check first asks for it, one address family at a time, through the socket and
+// transaction bound at that moment. Nothing here is locked: calls may not overlap.
+#ifndef SRC_LIB_CONFIG_H_
+#define SRC_LIB_CONFIG_H_
+
+#include <array>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "confd_dp.h"
+#include "confd_lib.h"
+#include "limid/limid.h"
+#include "nettypes/ipv4.h"
+#include "nettypes/ipv6.h"
+
+namespace ip_application::config_valid {
+
+class StaticRouteConfig;
+
+/// The address family that a read or a check is about.
+enum class ConfigAddrFamily : int { IPv4 = 4, IPv6 = 6 };
+
+/// The interface lists of the data model. Invalid: a keypath that ends at none of them.
+enum class InterfaceType : int { Mgmt = 0, L3 = 1, Lo = 2, Invalid = 3 };
+
+/// Base of every table. Part of a Config, which binds it to each transaction before a check runs.
+class GenericConfig {
+ public:
+  GenericConfig() = default;
+  virtual ~GenericConfig() = default;
+  GenericConfig(const GenericConfig&) = delete;
+  GenericConfig& operator=(const GenericConfig&) = delete;
+
+  /// Reads the table's part for `family` from ConfD and merges it into the table. Called by
+  /// ReadConfigIfNeeded.
+  virtual void ReadConfig(ConfigAddrFamily family) = 0;
+
+  /// Reads the part for `family` unless that was done before; a number that is no family reads
+  /// nothing. A part is read at most once in the life of the table, also when the table was bound
+  /// to another transaction since. An exception of ReadConfig passes through, and the next call
+  /// reads again.
+  void ReadConfigIfNeeded(ConfigAddrFamily family);
+
+  int sock_ = -1;                     ///< MAAPI socket, -1 until bound
+  confd_trans_ctx* trans_ = nullptr;  ///< its thandle goes into every MAAPI call; null until bound
+  bool ipv4_read_ = false;
+  bool ipv6_read_ = false;
+};
+
+/// One interface. Copyable.
+struct Interface {
+  /// Kind word ("l3", "loopback" or "mgmt"), one blank, list key: "l3 7". Begins every message
+  /// about the interface and identifies it inside its table.
+  std::string name;
+  /// In configuration order, for an L3 interface the primary address first. Empty until read for
+  /// IPv4.
+  std::list<nettypes::IPv4AddrMask> ipv4_addr_list;
+  /// In configuration order. Empty until read for IPv6.
+  std::list<nettypes::IPv6AddrMask> ipv6_addr_list;
+  /// "global" when the configuration names none.
+  std::string vrf_name;
+  /// The lower layer of an L3 interface; zero for the other kinds and for an L3 interface without
+  /// VLAN.
+  limid_t lim_id;
+};
+
+/// A table of interfaces of one kind.
+class InterfaceConfig : public GenericConfig {
+ public:
+  explicit InterfaceConfig(InterfaceType type) : type_(type) {}
+
+  std::vector<Interface> interfaces_;  ///< in the order of first insertion; names are unique
+  const InterfaceType type_;
+};
+
+/// The list /config/interface/l3.
+class L3Config : public InterfaceConfig {
+ public:
+  L3Config() : InterfaceConfig(InterfaceType::L3) {}
+  void ReadConfig(ConfigAddrFamily family) override;
+};
+
+/// The list /config/interface/loopback.
+class LoConfig : public InterfaceConfig {
+ public:
+  LoConfig() : InterfaceConfig(InterfaceType::Lo) {}
+  void ReadConfig(ConfigAddrFamily family) override;
+};
+
+/// The list /config/interface/mgmt.
+class MgmtConfig : public InterfaceConfig {
+ public:
+  MgmtConfig() : InterfaceConfig(InterfaceType::Mgmt) {}
+  void ReadConfig(ConfigAddrFamily family) override;
+};
+
+/// The interfaces that are assigned to OSPFv2 processes.
+class Ospfv2Config : public GenericConfig {
+ public:
+  void ReadConfig(ConfigAddrFamily family) override;
+
+  const std::string interface_list_path_ = "/internal/ospf-interface-l3";
+  const std::string index_list_path_ = "/internal/ospf-index-to-proc-id";
+};
+
+/// The snapshot. Checks reach the tables directly as members. Tables are never cleared: a fresh
+/// picture of the configuration takes a fresh Config.
+class Config {
+ public:
+  Config();
+  ~Config();
+  Config(const Config&) = delete;
+  Config& operator=(const Config&) = delete;
+
+  /// Bind every table. What a table has read stays.
+  void set_sock(int sock);
+  void set_confd_trans(confd_trans_ctx* tctx);
+
+  /// ReadConfigIfNeeded of the static route table.
+  void ReadStaticRouteConfig(ConfigAddrFamily family);
+
+  /// The interface table of that kind, owned by this Config; null for Invalid.
+  InterfaceConfig* intf_by_type(InterfaceType type) const;
+
+  /// The interface list at which a keypath ends.
+  ///
+  /// @param keypath  v[0][0] is looked at and must be a C_XMLTAG, the tag of a list without keys;
+  /// otherwise the process
+  ///                 ends. Its namespace plays no part.
+  /// @returns Invalid for an empty keypath and for any other tag.
+  static InterfaceType intf_type_from_confd_path(confd_hkeypath_t* keypath);
+
+  // In the order of construction.
+  Ospfv2Config ospfv2_config_;
+  std::unique_ptr<StaticRouteConfig> static_route_config_;  ///< never null
+  L3Config l3_config_;
+  LoConfig lo_config_;
+  MgmtConfig mgmt_config_;
+  std::vector<InterfaceConfig*> intf_configs_;  ///< management, L3, loopback: the order of searches
+
+ private:
+  std::array<GenericConfig*, 5> tables();
+};
+
+}  // namespace ip_application::config_valid
+
+#endif  // SRC_LIB_CONFIG_H_

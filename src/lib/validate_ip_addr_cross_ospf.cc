@@ -1,0 +1,63 @@
+#include <cstdarg>
+
+#include "validate_logger.h"
+#include "validation_points.h"
+#include "ztmw.h"
+
+using ip_application::config_valid::Config;
+
+namespace ip_application::config_valid {
+
+ValidateLogger::ValidateLogger() : handle_(get_config_vald_log_handle()) {}
+
+ValidateLogger& ValidateLogger::instance() {
+  static ValidateLogger logger;
+  return logger;
+}
+
+void ValidateLogger::Log(const char* fmt, ...) {
+  void* const handle = instance().handle_;
+  if (handle == nullptr) return;
+  va_list args;
+  va_start(args, fmt);
+  ztmw_vlog_debug(handle, fmt, args);
+  va_end(args);
+}
+
+}  // namespace ip_application::config_valid
+
+// These points check nothing yet.
+
+int validate_ipv4_addr(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/, confd_hkeypath_t* /*keypath*/,
+                       confd_value_t* /*newval*/, Config& /*cfg*/) {
+  return 0;
+}
+
+int validate_ipv6_addr(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/, confd_hkeypath_t* /*keypath*/,
+                       confd_value_t* /*newval*/, Config& /*cfg*/) {
+  return 0;
+}
+
+int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
+                                  confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                                  Config& /*cfg*/) {
+  return 0;
+}
+
+int validate_ipv4_addr_route(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
+                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                             Config& /*cfg*/) {
+  return 0;
+}
+
+int validate_ipv6_addr_route(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
+                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                             Config& /*cfg*/) {
+  return 0;
+}
+
+int validate_lower_layer_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
+                                    confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                                    Config& /*cfg*/) {
+  return 0;
+}

@@ -1,0 +1,24 @@
+// What support tooling looks for on standard error when a type test ends the process.
+#ifndef TESTS_SUPPORT_ASSERTION_H_
+#define TESTS_SUPPORT_ASSERTION_H_
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace tests {
+
+/// Matches a line "<program>: <source>:<line>: <return type> <function>(<types>): Assertion
+/// `<text>' failed."
+/// @param where  "<source>:<line>"
+/// @param function  return type and qualified name; compilers write the types of arguments
+/// differently
+inline auto AssertionFailure(const std::string& where, const std::string& function,
+                             const std::string& text) {
+  return testing::AllOf(testing::HasSubstr(": " + where + ": " + function + "("),
+                        testing::HasSubstr("): Assertion `" + text + "' failed.\n"));
+}
+
+}  // namespace tests
+
+#endif  // TESTS_SUPPORT_ASSERTION_H_

@@ -242,8 +242,7 @@ class DiffWalk {
 
 void VisitChanges(const Snapshot& running, const Snapshot& candidate,
                   const std::function<confd_iter_ret(const Change&)>& visit) {
-  DiffWalk(AsLoaded(running), AsLoaded(candidate), true, visit)
-      .Children(nullptr, nullptr, nullptr);
+  DiffWalk(AsLoaded(running), AsLoaded(candidate), true, visit).Children(nullptr, nullptr, nullptr);
 }
 
 void VisitChangesBelow(const LoadedSnapshot& running, const Place& running_place,

@@ -9,9 +9,10 @@
 namespace confd {
 namespace {
 
-std::weak_ptr<const LoadedSchema>& CurrentSlot() {
-  static std::weak_ptr<const LoadedSchema> current;
-  return current;
+// In the order of loading.
+std::vector<std::weak_ptr<const LoadedSchema>>& LoadedSchemas() {
+  static std::vector<std::weak_ptr<const LoadedSchema>> schemas;
+  return schemas;
 }
 
 std::string LibyangMessage(const ly_ctx* context) {
@@ -43,11 +44,15 @@ bool HasName(const lysc_node* node, std::string_view prefix, std::string_view na
 
 std::shared_ptr<const Schema> Schema::Load(const std::filesystem::path& yang_dir) {
   auto schema = std::make_shared<const LoadedSchema>(yang_dir);
-  CurrentSlot() = schema;
+  LoadedSchemas().push_back(schema);
   return schema;
 }
 
-std::shared_ptr<const LoadedSchema> CurrentSchema() { return CurrentSlot().lock(); }
+std::shared_ptr<const LoadedSchema> CurrentSchema() {
+  auto& schemas = LoadedSchemas();
+  while (!schemas.empty() && schemas.back().expired()) schemas.pop_back();
+  return schemas.empty() ? nullptr : schemas.back().lock();
+}
 
 LoadedSchema::LoadedSchema(const std::filesystem::path& yang_dir) {
   LoadModules(yang_dir);

@@ -56,8 +56,8 @@ class LoadedSchema : public Schema {
   std::vector<ValidationPoint> points_;
 };
 
-/// The schema loaded last, null when none is alive: what functions without a transaction name tags
-/// by.
+/// Of the schemas that are alive the one loaded last, null when there is none: what functions
+/// without a transaction name tags by.
 std::shared_ptr<const LoadedSchema> CurrentSchema();
 
 /// The same object with its wider interface.

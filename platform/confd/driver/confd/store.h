@@ -115,8 +115,8 @@ struct Change {
   const lyd_node* node() const { return candidate != nullptr ? candidate : running; }
 };
 
-/// Walks the changes from `running` to `candidate` in the order and with the rules of maapi_diff_iterate with
-/// ITER_WANT_P_CONTAINER: presence containers are reported.
+/// Walks the changes from `running` to `candidate` in the order and with the rules of
+/// maapi_diff_iterate with ITER_WANT_P_CONTAINER: presence containers are reported.
 void VisitChanges(const Snapshot& running, const Snapshot& candidate,
                   const std::function<confd_iter_ret(const Change&)>& visit);
 

@@ -1,0 +1,31 @@
+// Reads a configuration from a file: bytes, format, NETCONF wrapper, parse, schema validation.
+#ifndef HOST_CONFIGURATION_FILE_H_
+#define HOST_CONFIGURATION_FILE_H_
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "confd/store.h"
+#include "input_error.h"
+
+namespace ipvald {
+
+/// Larger files are refused; 256 MiB is some thousand times the largest configuration that a device
+/// takes.
+inline constexpr size_t kMaxConfigurationSize = size_t{256} << 20;
+
+/// Reads the configuration in `file`, "-" for standard input. XML or JSON, told apart by the first
+/// byte that is not blank, in UTF-8, with or without a byte order mark, bare or in a NETCONF <data>
+/// or <config> wrapper (RFC 6241) or in its JSON counterpart {"data": {...}}.
+/// @throws InputError  the file cannot be read, does not parse, or does not satisfy the data model
+std::shared_ptr<const confd::Snapshot> ReadConfiguration(
+    const std::shared_ptr<const confd::Schema>& schema, const std::string& file);
+
+/// The same for text in memory; `name` stands for the file in messages.
+std::shared_ptr<const confd::Snapshot> ParseConfiguration(
+    const std::shared_ptr<const confd::Schema>& schema, const std::string& name, std::string text);
+
+}  // namespace ipvald
+
+#endif  // HOST_CONFIGURATION_FILE_H_

@@ -1,0 +1,122 @@
+#include "input_text.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "one_line.h"
+
+namespace ipvald {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr size_t kChunk = 65536;     // bytes asked for by one read
+constexpr size_t kEarlyLook = 4096;  // bytes after which a big file of another kind is given up
+
+// A descriptor that is closed again unless it is standard input.
+class InputDescriptor {
+ public:
+  explicit InputDescriptor(const std::string& file)
+      : fd_(file == "-" ? STDIN_FILENO : open(file.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  ~InputDescriptor() {
+    if (fd_ > STDIN_FILENO) close(fd_);
+  }
+  InputDescriptor(const InputDescriptor&) = delete;
+  InputDescriptor& operator=(const InputDescriptor&) = delete;
+
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+size_t FirstNonBlank(std::string_view text) {
+  const size_t start = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+  return text.find_first_not_of(kBlanks, start);
+}
+
+// Length of the UTF-8 character at the beginning of `text`, 0 when there is none. Overlong forms,
+// surrogates and numbers above U+10FFFF are none.
+size_t Utf8Length(std::string_view text) {
+  const auto byte = [text](size_t i) { return static_cast<unsigned char>(text[i]); };
+  const auto is_continuation = [&](size_t i) {
+    return i < text.size() && (byte(i) & 0xc0) == 0x80;
+  };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return 1;
+  if (lead < 0xc2 || lead > 0xf4 || !is_continuation(1)) return 0;
+  if (lead < 0xe0) return 2;
+  const unsigned char second = byte(1);
+  if (lead < 0xf0) {
+    if ((lead == 0xe0 && second < 0xa0) || (lead == 0xed && second > 0x9f)) return 0;
+    return is_continuation(2) ? 3 : 0;
+  }
+  if ((lead == 0xf0 && second < 0x90) || (lead == 0xf4 && second > 0x8f)) return 0;
+  return is_continuation(2) && is_continuation(3) ? 4 : 0;
+}
+
+}  // namespace
+
+std::string DisplayName(const std::string& file) {
+  if (file == "-") return "standard input";
+  return file.empty() ? "\"\"" : OneLine(file);
+}
+
+InputError LocatedError(const std::string& name, size_t line, std::string_view message) {
+  const std::string place = line == 0 ? name : name + ":" + std::to_string(line);
+  return InputError(place + ": " + OneLine(message));
+}
+
+std::string ReadInputText(const std::string& file, size_t max_size) {
+  const std::string name = DisplayName(file);
+  const InputDescriptor input(file);
+  if (input.get() < 0) throw LocatedError(name, 0, std::strerror(errno));
+
+  std::string text;
+  std::array<char, kChunk> chunk{};
+  bool looked_early = false;
+  for (;;) {
+    const ssize_t got = read(input.get(), chunk.data(), chunk.size());
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) throw LocatedError(name, 0, std::strerror(errno));
+    if (got == 0) return text;
+    if (text.size() + static_cast<size_t>(got) > max_size) {
+      throw LocatedError(name, 0, "larger than " + std::to_string(max_size >> 20) + " MiB");
+    }
+    text.append(chunk.data(), static_cast<size_t>(got));
+    if (!looked_early && text.size() >= kEarlyLook) {
+      if (FirstNonBlank(text) != std::string_view::npos) SniffFormat(name, text);
+      looked_early = true;
+    }
+  }
+}
+
+InputFormat SniffFormat(const std::string& name, std::string_view text) {
+  const size_t first = FirstNonBlank(text);
+  if (first == std::string_view::npos) throw LocatedError(name, 0, "the file is empty");
+  if (text[first] == '<') return InputFormat::kXml;
+  if (text[first] == '{') return InputFormat::kJson;
+  throw LocatedError(name, 0, "neither XML nor JSON");
+}
+
+void RemoveByteOrderMark(std::string& text) {
+  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
+}
+
+void CheckUtf8(const std::string& name, std::string_view text) {
+  size_t line = 1;
+  for (size_t i = 0; i < text.size();) {
+    const char c = text[i];
+    if (c == '\0') throw LocatedError(name, line, "NUL byte in the text");
+    line += c == '\n';
+    const size_t length = Utf8Length(text.substr(i));
+    if (length == 0) throw LocatedError(name, line, "not UTF-8");
+    i += length;
+  }
+}
+
+}  // namespace ipvald

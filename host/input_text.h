@@ -1,0 +1,40 @@
+// The bytes of a configuration file and what can be told of them before they are parsed.
+#ifndef HOST_INPUT_TEXT_H_
+#define HOST_INPUT_TEXT_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "input_error.h"
+
+namespace ipvald {
+
+enum class InputFormat { kXml, kJson };
+
+/// How messages call the file: its name on one line, "standard input" for "-".
+std::string DisplayName(const std::string& file);
+
+/// "NAME:LINE: message", or "NAME: message" when `line` is 0; one line whatever `message` holds.
+InputError LocatedError(const std::string& name, size_t line, std::string_view message);
+
+/// All bytes of `file`, "-" for standard input. A big file that is neither XML nor JSON is given up
+/// after a few kilobytes.
+/// @throws InputError  missing, a directory, unreadable, larger than `max_size` bytes, or as
+/// SniffFormat
+std::string ReadInputText(const std::string& file, size_t max_size);
+
+/// XML begins with '<' and JSON with '{', after an optional byte order mark and blanks.
+/// @throws InputError  anything else, or nothing but blanks
+InputFormat SniffFormat(const std::string& name, std::string_view text);
+
+/// Removes a UTF-8 byte order mark from the beginning of `text`.
+void RemoveByteOrderMark(std::string& text);
+
+/// @throws InputError  `text` is not UTF-8 (RFC 3629) or holds a NUL byte, with the line where it
+/// stops to be
+void CheckUtf8(const std::string& name, std::string_view text);
+
+}  // namespace ipvald
+
+#endif  // HOST_INPUT_TEXT_H_

@@ -1,0 +1,132 @@
+// ipvald: what a device's configuration validation says about a configuration.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <string>
+#include <string_view>
+
+#include "configuration_file.h"
+#include "input_error.h"
+#include "one_line.h"
+#include "options.h"
+#include "plugin_process.h"
+#include "report_json.h"
+#include "report_text.h"
+#include "transaction.h"
+
+namespace ipvald {
+namespace {
+
+constexpr int kNoVerdictStatus = 2;
+constexpr int kSignalStatus = 128;  // plus the signal's number
+
+int StatusOf(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kAccepted:
+      return 0;
+    case Verdict::kRejected:
+      return 1;
+    case Verdict::kPluginFailure:
+      break;
+  }
+  return 3;
+}
+
+bool UseColor(Color color) {
+  if (color != Color::kAuto) return color == Color::kAlways;
+  const char* no_color = std::getenv("NO_COLOR");
+  if (no_color != nullptr && *no_color != '\0') return false;
+  return isatty(STDOUT_FILENO) == 1;
+}
+
+// A descriptor that the caller left closed would be given to the next file that is opened, and the
+// verdict be written there. A descriptor that can only be read takes its place: writing to it
+// fails.
+void OccupyStandardDescriptors() {
+  int fd = open("/dev/null", O_RDONLY);
+  while (fd >= 0 && fd <= STDERR_FILENO) fd = open("/dev/null", O_RDONLY);
+  if (fd >= 0) close(fd);
+}
+
+// Writes the whole text, or throws: a verdict that nobody got is none.
+void Print(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw InputError(std::string("standard output: ") + std::strerror(errno));
+    text.remove_prefix(static_cast<size_t>(written));
+  }
+}
+
+std::shared_ptr<const confd::Schema> LoadSchema(const std::string& directory) {
+  try {
+    return confd::Schema::Load(directory);
+  } catch (const confd::Error& error) {
+    throw InputError(OneLine(error.what()));
+  }
+}
+
+int Check(const Options& options) {
+  const CheckOptions& check = options.check;
+  const auto schema = LoadSchema(options.yang);
+  const auto running =
+      check.running ? ReadConfiguration(schema, *check.running) : confd::Snapshot::Empty(schema);
+  const auto candidate = ReadConfiguration(schema, check.candidate);
+  const TransactionReport report = RunTransaction(
+      running, candidate, {check.plugin, std::chrono::seconds(check.timeout), check.trace});
+  Print(options.format == Format::kJson ? JsonReport(report)
+                                        : TextReport(report, {check.trace, UseColor(check.color)}));
+  return StatusOf(report.verdict);
+}
+
+int Points(const Options& options) {
+  const auto schema = LoadSchema(options.yang);
+  const auto& points = schema->validation_points();
+  Print(options.format == Format::kJson ? JsonPoints(points) : TextPoints(points));
+  return 0;
+}
+
+int Run(int argc, const char* const* argv) {
+  const Options options = ParseOptions(argc, argv);
+  switch (options.command) {
+    case Options::Command::kCheck:
+      return Check(options);
+    case Options::Command::kPoints:
+      return Points(options);
+    case Options::Command::kText:
+      break;
+  }
+  Print(options.text);
+  return 0;
+}
+
+void PrintError(std::string_view message) {
+  const std::string line = "ipvald: " + std::string(message) + "\n";
+  // There is nowhere left to tell that this failed.
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+}
+
+}  // namespace
+}  // namespace ipvald
+
+int main(int argc, char** argv) {
+  ipvald::OccupyStandardDescriptors();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is reported like a full disk
+  std::signal(SIGCHLD, SIG_DFL);
+  try {
+    return ipvald::Run(argc, argv);
+  } catch (const ipvald::Interrupted& interrupted) {
+    return ipvald::kSignalStatus + interrupted.signal();
+  } catch (const ipvald::UsageError& error) {
+    ipvald::PrintError(std::string(error.what()) + " (see ipvald --help)");
+  } catch (const std::exception& error) {
+    ipvald::PrintError(ipvald::OneLine(error.what()));
+  }
+  return ipvald::kNoVerdictStatus;
+}

@@ -1,0 +1,16 @@
+// Text from files, libraries and plug-ins, made fit for one line of a message.
+#ifndef HOST_ONE_LINE_H_
+#define HOST_ONE_LINE_H_
+
+#include <string>
+#include <string_view>
+
+namespace ipvald {
+
+/// `text` as one line: every run of blanks and control bytes becomes one blank, none at either end,
+/// and what is longer than 500 bytes is cut (not inside a UTF-8 character) and ends with "...".
+std::string OneLine(std::string_view text);
+
+}  // namespace ipvald
+
+#endif  // HOST_ONE_LINE_H_

@@ -1,0 +1,305 @@
+#include "plugin_process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "input_error.h"
+#include "input_text.h"
+#include "one_line.h"
+
+namespace ipvald {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr size_t kKeptOutput = 65536;   // bytes of the plug-in's own output
+constexpr int kResultDescriptor = 200;  // lowest number for the result pipe, out of a plug-in's way
+constexpr int kLostResultsStatus = 125;  // of a child that cannot report any more
+
+[[noreturn]] void ThrowErrno(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+// A file descriptor that is closed when it goes out of scope.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() { Close(); }
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
+
+  int get() const { return fd_; }
+  bool is_open() const { return fd_ >= 0; }
+  void Close() {
+    if (fd_ >= 0) close(fd_);
+    fd_ = -1;
+  }
+
+ private:
+  int fd_;
+};
+
+struct Pipe {
+  Descriptor reader;
+  Descriptor writer;
+};
+
+Pipe MakePipe() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) ThrowErrno("pipe");
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+// Holds back the signals that the parent answers itself while a child runs.
+class BlockedSignals {
+ public:
+  BlockedSignals() {
+    sigemptyset(&set_);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) sigaddset(&set_, signal);
+    sigprocmask(SIG_BLOCK, &set_, &previous_);
+  }
+  ~BlockedSignals() { Restore(); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+  void Restore() const { sigprocmask(SIG_SETMASK, &previous_, nullptr); }
+  const sigset_t* set() const { return &set_; }
+
+ private:
+  sigset_t set_{};
+  sigset_t previous_{};
+};
+
+bool WriteAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    bytes.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+// The child's life from fork to end.
+[[noreturn]] void RunChild(const PluginTask& task, pid_t parent, int result_fd, int output_fd) {
+  setpgid(0, 0);
+  // A parent that is killed outright takes the child with it, also when that happened just now.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(kLostResultsStatus);
+  const rlimit no_core_file{0, RLIM_INFINITY};
+  setrlimit(RLIMIT_CORE, &no_core_file);
+  std::signal(SIGPIPE, SIG_DFL);
+
+  const int null_fd = open("/dev/null", O_RDONLY);
+  if (null_fd >= 0) dup2(null_fd, STDIN_FILENO);
+  dup2(output_fd, STDOUT_FILENO);
+  dup2(output_fd, STDERR_FILENO);
+  const int results = fcntl(result_fd, F_DUPFD_CLOEXEC, kResultDescriptor);
+  if (results < 0) _exit(kLostResultsStatus);
+  // Whatever else is open here is no business of the plug-in's.
+  close_range(STDERR_FILENO + 1, static_cast<unsigned>(results - 1), 0);
+  close_range(static_cast<unsigned>(results + 1), ~0U, 0);
+
+  RunPluginSession(task, [results](const Record& record) {
+    if (!WriteAll(results, Encode(record))) _exit(kLostResultsStatus);
+  });
+  std::fflush(nullptr);
+  _exit(0);
+}
+
+// Follows one child: collects its records and output until it is gone or its time is up.
+class ChildWatch {
+ public:
+  ChildWatch(pid_t child, Descriptor results, Descriptor output, const sigset_t* signals,
+             std::chrono::seconds timeout)
+      : child_(child),
+        results_(std::move(results)),
+        output_(std::move(output)),
+        signals_(signalfd(-1, signals, SFD_CLOEXEC | SFD_NONBLOCK)),
+        timeout_(timeout),
+        deadline_(Clock::now() + timeout) {
+    fcntl(results_.get(), F_SETFL, O_NONBLOCK);
+    fcntl(output_.get(), F_SETFL, O_NONBLOCK);
+  }
+  ~ChildWatch() { KillGroup(); }
+  ChildWatch(const ChildWatch&) = delete;
+  ChildWatch& operator=(const ChildWatch&) = delete;
+
+  PluginRun Watch(const std::string& plugin) {
+    while (!exited_ && run_.failure.empty()) WaitForEvent();
+    KillGroup();
+    // What the child wrote before it ended is still in the pipes.
+    ReadResults();
+    ReadOutput();
+    if (unusable_) throw LocatedError(DisplayName(plugin), 0, *unusable_);
+    if (run_.failure.empty()) run_.failure = FailureFromStatus();
+    return std::move(run_);
+  }
+
+ private:
+  void WaitForEvent() {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now());
+    if (left.count() <= 0) {
+      run_.failure = "no answer within " + std::to_string(timeout_.count()) + " s";
+      return;
+    }
+    std::array<pollfd, 3> watched{
+        {{results_.get(), POLLIN, 0}, {output_.get(), POLLIN, 0}, {signals_.get(), POLLIN, 0}}};
+    const auto milliseconds = std::min<int64_t>(left.count(), 3'600'000);
+    if (poll(watched.data(), watched.size(), static_cast<int>(milliseconds)) <= 0) return;
+    if (watched[0].revents != 0) ReadResults();
+    if (watched[1].revents != 0) ReadOutput();
+    if (watched[2].revents != 0) ReadSignals();
+  }
+
+  void ReadSignals() {
+    signalfd_siginfo info{};
+    while (read(signals_.get(), &info, sizeof(info)) == sizeof(info)) {
+      if (info.ssi_signo == SIGCHLD) {
+        LookForExit();
+      } else {
+        KillGroup();
+        throw Interrupted(static_cast<int>(info.ssi_signo));
+      }
+    }
+  }
+
+  // Looks whether the child has ended, but leaves it unreaped: until then nothing else gets its
+  // number.
+  void LookForExit() {
+    siginfo_t info{};
+    const auto id = static_cast<id_t>(child_);
+    if (waitid(P_PID, id, &info, WEXITED | WNOHANG | WNOWAIT) == 0) exited_ = info.si_pid == child_;
+  }
+
+  // Ends the child and whatever processes it started.
+  void KillGroup() {
+    if (reaped_) return;
+    kill(-child_, SIGKILL);
+    kill(child_, SIGKILL);
+    waitpid(child_, &status_, 0);
+    reaped_ = true;
+  }
+
+  void ReadOutput() {
+    Drain(output_, [this](std::string_view bytes) {
+      run_.output.append(bytes);
+      if (run_.output.size() > 2 * kKeptOutput) TrimOutput();
+    });
+    TrimOutput();
+  }
+
+  void TrimOutput() {
+    if (run_.output.size() > kKeptOutput) run_.output.erase(0, run_.output.size() - kKeptOutput);
+  }
+
+  void ReadResults() {
+    Drain(results_, [this](std::string_view bytes) { reader_.Append(bytes); });
+    try {
+      while (run_.failure.empty()) {
+        const std::optional<Record> record = reader_.Next();
+        if (!record) return;
+        std::visit([this](const auto& alternative) { Take(alternative); }, *record);
+      }
+    } catch (const std::runtime_error& error) {
+      run_.failure = std::string("damaged results: ") + error.what();
+    }
+  }
+
+  // Hands what can be read now to `take`, at most a few pieces so that a flood does not outrun the
+  // deadline.
+  template <typename Take>
+  static void Drain(Descriptor& descriptor, const Take& take) {
+    std::array<char, 65536> piece;
+    for (int pieces = 0; descriptor.is_open() && pieces < 64; ++pieces) {
+      const ssize_t got = read(descriptor.get(), piece.data(), piece.size());
+      if (got > 0) {
+        take(std::string_view(piece.data(), static_cast<size_t>(got)));
+      } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
+        descriptor.Close();
+      } else if (errno == EAGAIN) {
+        return;
+      }
+    }
+  }
+
+  void Take(const StageRecord& record) { run_.stage = record.stage; }
+  void Take(const BeginRecord& record) {
+    if (record.call != run_.ended.size()) throw std::runtime_error("a call out of turn");
+    run_.in_call = record.call;
+    run_.stage.clear();
+  }
+  void Take(const EndRecord& record) {
+    if (run_.in_call != record.call) throw std::runtime_error("an answer out of turn");
+    run_.in_call.reset();
+    run_.ended.push_back(record);
+  }
+  void Take(const UnusableRecord& record) { unusable_ = record.reason; }
+  void Take(const FailedRecord& record) { run_.failure = OneLine(record.reason); }
+  void Take(const DoneRecord& record) {
+    run_.open_cursors = record.open_cursors;
+    done_ = true;
+  }
+
+  std::string FailureFromStatus() const {
+    if (WIFSIGNALED(status_)) {
+      const int signal = WTERMSIG(status_);
+      return "killed by signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
+    }
+    const int status = WEXITSTATUS(status_);
+    if (status == kLostResultsStatus) return "the results could not be passed on";
+    if (!done_ || status != 0) return "the process ended with status " + std::to_string(status);
+    return "";
+  }
+
+  pid_t child_;
+  Descriptor results_;
+  Descriptor output_;
+  Descriptor signals_;
+  std::chrono::seconds timeout_;
+  Clock::time_point deadline_;
+  RecordReader reader_;
+  PluginRun run_;
+  std::optional<std::string> unusable_;
+  bool done_ = false;
+  bool exited_ = false;
+  bool reaped_ = false;
+  int status_ = 0;
+};
+
+}  // namespace
+
+PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout) {
+  Pipe results = MakePipe();
+  Pipe output = MakePipe();
+  const BlockedSignals blocked;
+  const pid_t parent = getpid();
+  std::fflush(nullptr);  // or the child would write once more what is still buffered
+  const pid_t child = fork();
+  if (child < 0) ThrowErrno("fork");
+  if (child == 0) {
+    blocked.Restore();
+    RunChild(task, parent, results.writer.get(), output.writer.get());
+  }
+  setpgid(child, child);  // the child does the same: whoever comes first
+  results.writer.Close();
+  output.writer.Close();
+  ChildWatch watch(child, std::move(results.reader), std::move(output.reader), blocked.set(),
+                   timeout);
+  return watch.Watch(task.plugin);
+}
+
+}  // namespace ipvald

@@ -1,0 +1,47 @@
+// Runs the plug-in in a child process and watches over it: whatever the plug-in does ends the child
+// at most.
+#ifndef HOST_PLUGIN_PROCESS_H_
+#define HOST_PLUGIN_PROCESS_H_
+
+#include <chrono>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "plugin_records.h"
+#include "plugin_session.h"
+
+namespace ipvald {
+
+/// What became of the calls of a PluginTask.
+struct PluginRun {
+  std::vector<EndRecord> ended;     // calls that came back, in the order of the task
+  std::optional<uint32_t> in_call;  // call that was running when the plug-in failed
+  std::string stage;                // otherwise the entry point it was in, for example "lib_init"
+  std::string failure;              // why the plug-in failed, one line; empty when all went well
+  std::string output;  // last 64 KiB of what it wrote to standard output and standard error
+  uint32_t open_cursors = 0;
+};
+
+/// SIGINT, SIGTERM or SIGHUP came while the plug-in ran; the child is gone.
+class Interrupted : public std::runtime_error {
+ public:
+  explicit Interrupted(int signal) : std::runtime_error("interrupted"), signal_(signal) {}
+  int signal() const { return signal_; }
+
+ private:
+  int signal_;
+};
+
+/// Runs `task` in a child process for at most `timeout`. The child has its own process group, which
+/// is killed as a whole when it is over. REQUIRES: this process has one thread, and SIGCHLD is not
+/// ignored.
+/// @throws InputError         the file is no plug-in
+/// @throws Interrupted        a signal asked this process to stop
+/// @throws std::system_error  no child could be started
+PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout);
+
+}  // namespace ipvald
+
+#endif  // HOST_PLUGIN_PROCESS_H_

@@ -1,0 +1,189 @@
+#include "triggers.h"
+
+#include <libyang/libyang.h>
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace ipvald {
+namespace {
+
+bool IsAncestorOrSelf(const lysc_node* ancestor, const lysc_node* node) {
+  for (; node != nullptr; node = lysc_data_parent(node)) {
+    if (node == ancestor) return true;
+  }
+  return false;
+}
+
+bool OnOneLine(const lysc_node* a, const lysc_node* b) {
+  return IsAncestorOrSelf(a, b) || IsAncestorOrSelf(b, a);
+}
+
+// Lowest data node that is `a` or above it, and `b` or above it; null when there is none.
+const lysc_node* LowestCommonAncestor(const lysc_node* a, const lysc_node* b) {
+  while (a != nullptr && !IsAncestorOrSelf(a, b)) a = lysc_data_parent(a);
+  return a;
+}
+
+// The schema node whose instances are called: the point's own, or the parent of a list that is
+// called as a whole (null for a top-level list, which has one call).
+const lysc_node* CalledNode(const confd::ValidationPoint& point) {
+  return point.call_once ? lysc_data_parent(point.node) : point.node;
+}
+
+// The calls of one point, collected while the changes pass by.
+class PointCalls {
+ public:
+  explicit PointCalls(const confd::ValidationPoint& point)
+      : point_(point), called_(CalledNode(point)), dependencies_(point.dependencies) {
+    const bool is_leaf = (point.node->nodetype & LYD_NODE_TERM) != 0;
+    if (is_leaf && !dependencies_.empty()) dependencies_.push_back({point.node, false});
+  }
+
+  void Add(const confd::Change& change, const confd::Snapshot& candidate) {
+    if (dependencies_.empty()) {
+      AddInstances(nullptr, std::nullopt, candidate);
+      return;
+    }
+    for (const lysc_node* common : CommonNodes(change.node()->schema)) {
+      AddConcerned(change, common, candidate);
+    }
+  }
+
+  // Appends the calls in instance order.
+  void Take(const confd::Snapshot& candidate, std::vector<TriggeredCall>& calls) const {
+    if (causes_.empty()) return;
+    if (called_ == nullptr) {
+      calls.push_back({&point_, nullptr, nullptr, causes_.begin()->second});
+      return;
+    }
+    for (const lyd_node* node : InOrder(candidate)) {
+      const auto& cause = causes_.at(node);
+      calls.push_back(
+          {&point_, point_.call_once ? nullptr : node, point_.call_once ? node : nullptr, cause});
+    }
+  }
+
+ private:
+  using Cause = std::optional<confd::Change>;
+
+  // For each dependency that a change of a `changed` node touches, the lowest node that it has in
+  // common with the called node: the change concerns what is called below that; everything when
+  // null. Worked out once for each schema node.
+  const std::vector<const lysc_node*>& CommonNodes(const lysc_node* changed) {
+    const auto [found, is_new] = common_nodes_.try_emplace(changed);
+    if (!is_new) return found->second;
+    for (const confd::Dependency& dependency : dependencies_) {
+      if (!OnOneLine(changed, dependency.node)) continue;
+      found->second.push_back(dependency.absolute ? nullptr
+                                                  : LowestCommonAncestor(called_, dependency.node));
+    }
+    return found->second;
+  }
+
+  void AddConcerned(const confd::Change& change, const lysc_node* common,
+                    const confd::Snapshot& candidate) {
+    if (common == nullptr) {
+      AddInstances(nullptr, change, candidate);
+      return;
+    }
+    // The changed node lies below the common one, or above it and then takes its place.
+    const lyd_node* anchor = change.node();
+    if (IsAncestorOrSelf(common, anchor->schema)) {
+      while (anchor->schema != common) anchor = lyd_parent(anchor);
+    }
+    if (change.candidate == nullptr) anchor = CounterpartOf(anchor, candidate);
+    if (anchor != nullptr) AddInstances(anchor, change, candidate);
+  }
+
+  // Counterpart of a node of the running configuration; the deletion of many entries asks for the
+  // same few again.
+  const lyd_node* CounterpartOf(const lyd_node* node, const confd::Snapshot& candidate) {
+    const auto [found, is_new] = counterparts_.try_emplace(node);
+    if (is_new) found->second = candidate.Counterpart(node);
+    return found->second;
+  }
+
+  // Adds every called instance at or below `anchor`, anywhere when it is null, unless that was done
+  // before.
+  void AddInstances(const lyd_node* anchor, const Cause& cause, const confd::Snapshot& candidate) {
+    if (!anchors_.insert(anchor).second) return;
+    if (called_ == nullptr) {
+      causes_.try_emplace(nullptr, cause);
+    } else if (anchor != nullptr && anchor->schema == called_) {
+      causes_.try_emplace(anchor, cause);
+    } else {
+      for (const lyd_node* node : candidate.Instances(called_, anchor))
+        causes_.try_emplace(node, cause);
+    }
+  }
+
+  std::vector<const lyd_node*> InOrder(const confd::Snapshot& candidate) const {
+    if (causes_.size() == 1) return {causes_.begin()->first};
+    std::vector<const lyd_node*> ordered = candidate.Instances(called_, nullptr);
+    const auto is_not_called = [this](const lyd_node* node) { return causes_.count(node) == 0; };
+    ordered.erase(std::remove_if(ordered.begin(), ordered.end(), is_not_called), ordered.end());
+    return ordered;
+  }
+
+  const confd::ValidationPoint& point_;
+  const lysc_node* called_;
+  std::vector<confd::Dependency> dependencies_;
+  std::unordered_map<const lysc_node*, std::vector<const lysc_node*>> common_nodes_;
+  std::unordered_map<const lyd_node*, const lyd_node*> counterparts_;
+  std::unordered_set<const lyd_node*> anchors_;
+  std::unordered_map<const lyd_node*, Cause> causes_;  // by called instance
+};
+
+const char* VerbOf(confd_iter_op op) {
+  switch (op) {
+    case MOP_CREATED:
+      return "created ";
+    case MOP_DELETED:
+      return "deleted ";
+    case MOP_MOVED_AFTER:
+      return "moved ";
+    default:
+      return "changed ";
+  }
+}
+
+}  // namespace
+
+std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
+                                              const confd::Snapshot& candidate) {
+  std::vector<PointCalls> points;
+  for (const confd::ValidationPoint& point : candidate.schema().validation_points()) {
+    points.emplace_back(point);
+  }
+  confd::VisitChanges(running, candidate, [&](const confd::Change& change) {
+    // A modified entry is only the way to a change below it.
+    if (change.op != MOP_MODIFIED) {
+      for (PointCalls& point : points) point.Add(change, candidate);
+    }
+    return ITER_RECURSE;
+  });
+
+  std::vector<size_t> order(points.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  const auto& declared = candidate.schema().validation_points();
+  std::stable_sort(order.begin(), order.end(),
+                   [&](size_t a, size_t b) { return declared[a].priority < declared[b].priority; });
+  std::vector<TriggeredCall> calls;
+  for (const size_t i : order) points[i].Take(candidate, calls);
+  return calls;
+}
+
+confd::Keypath KeypathOf(const confd::Schema& schema, const TriggeredCall& call) {
+  if (call.instance != nullptr) return confd::Keypath(schema, call.instance);
+  return confd::Keypath(schema, call.list_parent, call.point->node);
+}
+
+std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call) {
+  if (!call.cause) return "called at every validation";
+  return VerbOf(call.cause->op) + confd::Keypath(schema, call.cause->node()).text();
+}
+
+}  // namespace ipvald

@@ -1,0 +1,49 @@
+// Which validation points a transaction concerns, and in which order they are called.
+#ifndef HOST_TRIGGERS_H_
+#define HOST_TRIGGERS_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "confd/store.h"
+
+namespace ipvald {
+
+/// One call of a validation point. The nodes belong to the snapshots that the calls were computed
+/// from, which must live as long.
+struct TriggeredCall {
+  const confd::ValidationPoint* point;
+
+  /// Node of the candidate that the call is about; null for a list as a whole (call-once).
+  const lyd_node* instance;
+
+  /// Node that holds the list of a call-once point; null for a top-level list and for calls with an
+  /// instance.
+  const lyd_node* list_parent;
+
+  /// First change that led to the call; none when the point is called at every validation.
+  std::optional<confd::Change> cause;
+};
+
+/// The calls for the change from `running` to `candidate`, in the order in which they are made: by
+/// priority, then the order of the points in the data model, then instance order. Each pair of
+/// point and keypath occurs once.
+///
+/// A point is concerned by a node that was created, deleted, moved or given a value and is a
+/// dependency of the point, or lies above or below one; a leaf is a dependency of its own points. A
+/// relative dependency concerns the instances below the lowest node that both have in common, an
+/// absolute one all instances. A point without dependencies is concerned by every change. Instances
+/// that the candidate does not have are not called.
+std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
+                                              const confd::Snapshot& candidate);
+
+/// Keypath of the call.
+confd::Keypath KeypathOf(const confd::Schema& schema, const TriggeredCall& call);
+
+/// Why the call is made, for example "changed /config/interface/l3{7}/vrf".
+std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call);
+
+}  // namespace ipvald
+
+#endif  // HOST_TRIGGERS_H_

@@ -1,0 +1,342 @@
+// Reading configurations: what is accepted in which form, and the one line that each bad input
+// gets.
+#include "configuration_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <string>
+
+#include "data_model.h"
+#include "one_line.h"
+
+namespace ipvald {
+namespace {
+
+using SnapshotPtr = std::shared_ptr<const confd::Snapshot>;
+
+const std::string kBare =
+    "<config xmlns=\"urn:velmor:yang:config\"><interface>"
+    "<l3 xmlns=\"urn:velmor:yang:ip-app\"><name>7</name><vrf>red</vrf></l3>"
+    "</interface></config>";
+
+const std::string kBareJson =
+    R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7","vrf":"red"}]}}})";
+
+SnapshotPtr Parse(const std::string& text) {
+  return ParseConfiguration(DataModel(), "input", text);
+}
+
+// The error of reading `text`, "accepted" when there is none.
+std::string ErrorOf(const std::string& text) {
+  try {
+    Parse(text);
+  } catch (const InputError& error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
+size_t CountChanges(const confd::Snapshot& from, const confd::Snapshot& to) {
+  size_t count = 0;
+  confd::VisitChanges(from, to, [&count](const confd::Change&) {
+    ++count;
+    return ITER_RECURSE;
+  });
+  return count;
+}
+
+struct TextCase {
+  const char* name;
+  std::string text;
+};
+
+std::ostream& operator<<(std::ostream& out, const TextCase& row) { return out << row.name; }
+
+std::string NameOfCase(const testing::TestParamInfo<TextCase>& info) { return info.param.name; }
+
+const char kBase[] = "urn:ietf:params:xml:ns:netconf:base:1.0";
+
+std::string InBase(const std::string& element) {
+  return "<" + element + " xmlns=\"" + kBase + "\">";
+}
+
+const std::string kPrefixedChild =
+    "<c:config><c:interface><a:l3><a:name>7</a:name><a:vrf>red</a:vrf></a:l3></c:interface>"
+    "</c:config>";
+
+// Each of them holds the same configuration as kBare.
+const TextCase kSameConfiguration[] = {
+    {"Bare", kBare},
+    {"Json", kBareJson},
+    {"JsonWithByteOrderMark", "\xef\xbb\xbf" + kBareJson},
+    {"ByteOrderMark", "\xef\xbb\xbf" + kBare},
+    {"XmlDeclaration", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + kBare},
+    {"BlanksBefore", "\n \t\r\n" + kBare},
+    {"BlanksAndCommentAfter", kBare + "\n<!-- end -->\n"},
+    {"SecondRoot", kBare + "<internal xmlns=\"urn:velmor:yang:internal\"/>"},
+    {"DataWrapper", InBase("data") + kBare + "</data>"},
+    {"ConfigWrapper", InBase("config") + "\n" + kBare + "\n</config>"},
+    {"WrapperWithoutNamespace", "<data>" + kBare + "</data>"},
+    {"ConfigWrapperWithoutNamespace", "<config>" + kBare + "</config>"},
+    {"PrefixedWrapper", "<nc:data xmlns:nc=\"" + std::string(kBase) + "\">" + kBare + "</nc:data>"},
+    {"RpcReply", InBase("rpc-reply") + "<data>" + kBare + "</data></rpc-reply>"},
+    {"RpcReplyWithAttributes", "<?xml version=\"1.0\"?>\n<rpc-reply message-id='1' xmlns='" +
+                                   std::string(kBase) + "'>\n<data>" + kBare +
+                                   "</data>\n</rpc-reply>\n"},
+    {"DeclarationsOnTheWrapper",
+     "<data xmlns:c=\"urn:velmor:yang:config\" xmlns:a='urn:velmor:yang:ip-app'>" + kPrefixedChild +
+         "</data>"},
+    {"DeclarationsOnBothWrappers",
+     "<rpc-reply xmlns:c=\"urn:velmor:yang:config\">"
+     "<data\nxmlns:a\n=\n'urn:velmor:yang:ip-app'\n>" +
+         kPrefixedChild + "</data></rpc-reply>"},
+    {"InnerDeclarationWins",
+     "<rpc-reply xmlns:c=\"urn:nothing\"><data xmlns:c=\"urn:velmor:yang:config\""
+     " xmlns:a='urn:velmor:yang:ip-app'>" +
+         kPrefixedChild + "</data></rpc-reply>"},
+    {"CommentsThatLookLikeTags", "<data><!-- </data> -->" + kBare + "<!-- <data> --></data>"},
+    {"ProcessingInstruction", "<data><?x </data> ?>" + kBare + "</data>"},
+    {"SecondRootInTheWrapper",
+     "<data>" + kBare + "<internal xmlns=\"urn:velmor:yang:internal\"/></data>"},
+    {"JsonData", "{\"data\": " + kBareJson + "}"},
+    {"JsonRestconfData", " {\n\"ietf-restconf:data\" :\n" + kBareJson + "\n}\n"},
+};
+
+class SameConfiguration : public testing::TestWithParam<TextCase> {};
+
+TEST_P(SameConfiguration, AsBare) {
+  const SnapshotPtr bare = Parse(kBare);
+  ASSERT_GT(CountChanges(*confd::Snapshot::Empty(DataModel()), *bare), 0u);
+  EXPECT_EQ(CountChanges(*bare, *Parse(GetParam().text)), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, SameConfiguration, testing::ValuesIn(kSameConfiguration),
+                         NameOfCase);
+
+const TextCase kEmptyConfigurations[] = {
+    {"EmptyObject", "{}"},
+    {"EmptyWrapper", "<data/>"},
+    {"WrapperWithBlanks", InBase("data") + "\n</data>"},
+    {"EmptyDataInReply", InBase("rpc-reply") + "<data/></rpc-reply>"},
+    {"EmptyJsonWrapper", "{\"data\": {}}"},
+};
+
+class EmptyConfiguration : public testing::TestWithParam<TextCase> {};
+
+TEST_P(EmptyConfiguration, IsAccepted) {
+  EXPECT_EQ(CountChanges(*confd::Snapshot::Empty(DataModel()), *Parse(GetParam().text)), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, EmptyConfiguration, testing::ValuesIn(kEmptyConfigurations),
+                         NameOfCase);
+
+struct ErrorCase {
+  const char* name;
+  std::string text;
+  const char* error;
+};
+
+std::ostream& operator<<(std::ostream& out, const ErrorCase& row) { return out << row.name; }
+
+// A configuration whose L3 interface holds `leaves`, which begin on line 4.
+std::string Xml(const std::string& leaves) {
+  return "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n"
+         "<l3 xmlns=\"urn:velmor:yang:ip-app\">\n" +
+         leaves + "</l3>\n</interface>\n</config>\n";
+}
+
+const ErrorCase kErrors[] = {
+    {"Empty", "", "input: the file is empty"},
+    {"OnlyBlanks", " \n\t\r\n", "input: the file is empty"},
+    {"OnlyByteOrderMark", "\xef\xbb\xbf", "input: the file is empty"},
+    {"OtherText", "hello", "input: neither XML nor JSON"},
+    {"JsonArray", "[]", "input: neither XML nor JSON"},
+    {"Utf16", std::string("\xff\xfe<\0c\0", 6), "input: neither XML nor JSON"},
+    {"BinaryGarbage",
+     "\x7f"
+     "ELF\x02\x01",
+     "input: neither XML nor JSON"},
+    {"NotUtf8", "{\n\"\xff\"", "input:2: not UTF-8"},
+    {"OverlongUtf8", "{\"\xc0\xaf\"", "input:1: not UTF-8"},
+    {"SurrogateInUtf8", "{\"\xed\xa0\x80\"", "input:1: not UTF-8"},
+    {"CutUtf8", "{\"\xe2\x82", "input:1: not UTF-8"},
+    {"NulByte", std::string("{}\n\n\0", 5), "input:3: NUL byte in the text"},
+    {"TruncatedXml", "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n",
+     "input:3: Unexpected end-of-input."},
+    {"TruncatedXmlInTag", "<config xmlns=\"urn:velmor:yang:config\">\n<interf",
+     "input:2: Unexpected end-of-input."},
+    {"UnclosedXmlComment", "<!-- <config/>", "input:1: Comment not terminated."},
+    {"MismatchedTag", "<config xmlns=\"urn:velmor:yang:config\">\n</confix>",
+     "input:2: Opening (\"config\") and closing (\"confix\") elements tag mismatch."},
+    {"TextAfterXml", kBare + "\njunk",
+     "input:2: Invalid character sequence \"junk\", expected element tag start ('<')."},
+    {"TruncatedJson", "{\"velmor-config:config\":\n{",
+     "input:2: Invalid character sequence \"\", expected a JSON object's member."},
+    {"JsonSyntax", "{\"velmor-config:config\":\n{\"interface\":}}",
+     "input:2: Invalid character sequence \"}}\", expected a JSON value."},
+    {"TextAfterJson", kBareJson + "\n\n{}", "input:3: text after the end of the configuration"},
+    {"UnknownElement", Xml("<name>7</name>\n<colour>red</colour>"),
+     "input:5: Node \"colour\" not found as a child of \"l3\" node."},
+    {"UnknownNamespace", "<config xmlns=\"urn:x\"/>",
+     "input:1: No module with namespace \"urn:x\" in the context."},
+    {"NoNamespace", "<configuration/>", "input:1: Missing XML namespace."},
+    {"UnknownJsonMember", "{\"velmor-config:config\":{\n\"colour\":1}}",
+     "input:2: Node \"colour\" not found as a child of \"config\" node."},
+    {"ValueOutOfRange", Xml("<name>7</name>\n<lower-layer-if><vlan>4095</vlan></lower-layer-if>"),
+     "input:5: A VLAN identifier is 1 to 4094."},
+    {"ValueOfOtherType", Xml("<name>7</name>\n<lower-layer-if><vlan>x</vlan></lower-layer-if>"),
+     "input:5: Invalid type int32 value \"x\"."},
+    {"DuplicateEntry",
+     Xml("<name>7</name></l3><l3 xmlns=\"urn:velmor:yang:ip-app\"><name>7</name>"),
+     "input: Duplicate instance of \"l3\". "
+     "(/velmor-config:config/interface/velmor-ip-app:l3[name='7'])"},
+    {"DuplicateLeafInJson",
+     R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7","vrf":"a","vrf":"b"}]}}})",
+     "input: Duplicate instance of \"vrf\". "
+     "(/velmor-config:config/interface/velmor-ip-app:l3[name='7']/vrf)"},
+    {"MissingKey", Xml("<vrf>red</vrf>"), "input:4: List instance is missing its key \"name\"."},
+    {"DocumentType", "<!DOCTYPE config [<!ENTITY a \"b\">]>\n" + kBare,
+     "input:1: document type declarations are not accepted"},
+    {"DocumentTypeInTheWrapper", "<data>\n<!DOCTYPE config>" + kBare + "</data>",
+     "input:2: document type declarations are not accepted"},
+    {"Entity", Xml("<name>&lol;</name>"),
+     "input:4: Entity reference \"&lol;</nam\" not supported, only predefined references allowed."},
+    {"WrapperNotClosed", "\n<data>" + kBare, "input:2: <data> is not closed"},
+    {"ReplyNotClosed", "<rpc-reply>\n<data>" + kBare + "</data>",
+     "input:1: <rpc-reply> is not closed"},
+    {"WrapperClosedByAnother", "<data>" + kBare + "\n</config>",
+     "input:2: </config> closes no open element"},
+    {"ElementAfterWrapper", "<data>" + kBare + "</data>\n" + kBare,
+     "input:2: element after the end of the NETCONF wrapper"},
+    {"TruncatedInWrapper", "<data>\n<config xmlns=\"urn:velmor:yang:config\"",
+     "input:2: not well-formed XML"},
+    {"ErrorInWrapperKeepsItsLine",
+     InBase("data") + "\n" + Xml("<name>7</name>\n<colour/>") + "</data>",
+     "input:6: Node \"colour\" not found as a child of \"l3\" node."},
+    {"WrapperInWrapper", "<data>\n<data/></data>", "input:2: Missing XML namespace."},
+    {"WrapperInOtherNamespace", "<data xmlns=\"urn:x\"/>",
+     "input:1: No module with namespace \"urn:x\" in the context."},
+    {"ErrorInJsonWrapperKeepsItsLine", "{\n\"data\":\n{\n\"colour:x\":1}}",
+     "input:4: No module named \"colour\" in the context."},
+    {"MemberBesideJsonWrapper", "{\"data\":\n{}, \"x\": {}}",
+     "input:2: text after the end of the configuration"},
+};
+
+class BadConfiguration : public testing::TestWithParam<ErrorCase> {};
+
+TEST_P(BadConfiguration, GetsOneLine) { EXPECT_EQ(ErrorOf(GetParam().text), GetParam().error); }
+
+INSTANTIATE_TEST_SUITE_P(Texts, BadConfiguration, testing::ValuesIn(kErrors),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(BadConfigurationValue, IsCutInTheMessage) {
+  const std::string error = ErrorOf(Xml("<name>7</name><ipv4><address><ip>" +
+                                        std::string(1000000, 'x') + "</ip></address></ipv4>"));
+  EXPECT_LT(error.size(), 600u);
+  EXPECT_EQ(error.substr(error.size() - 4), "x...");
+}
+
+// Files that cannot be read. `file` is a name in a folder that the test makes.
+class UnreadableFile : public testing::Test {
+ protected:
+  UnreadableFile() {
+    std::string pattern = testing::TempDir() + "ipvald-XXXXXX";
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~UnreadableFile() override { std::filesystem::remove_all(folder_); }
+
+  std::string ErrorOfFile(const std::string& file) {
+    try {
+      ReadConfiguration(DataModel(), file);
+    } catch (const InputError& error) {
+      return error.what();
+    }
+    return "accepted";
+  }
+
+  std::filesystem::path folder_;
+};
+
+TEST_F(UnreadableFile, Missing) {
+  const std::string file = folder_ / "missing.xml";
+  EXPECT_EQ(ErrorOfFile(file), file + ": No such file or directory");
+}
+
+TEST_F(UnreadableFile, Directory) {
+  EXPECT_EQ(ErrorOfFile(folder_), folder_.string() + ": Is a directory");
+}
+
+TEST_F(UnreadableFile, WithoutPermission) {
+  if (geteuid() == 0) GTEST_SKIP() << "root may read every file";
+  const std::string file = folder_ / "secret.xml";
+  std::ofstream(file) << kBare;
+  chmod(file.c_str(), 0);
+  EXPECT_EQ(ErrorOfFile(file), file + ": Permission denied");
+}
+
+TEST_F(UnreadableFile, NameWithNewline) {
+  EXPECT_EQ(ErrorOfFile(folder_ / "a\nb"),
+            (folder_ / "a b").string() + ": No such file or directory");
+}
+
+TEST_F(UnreadableFile, BigFileOfAnotherKindIsNotReadToItsEnd) {
+  const std::string file = folder_ / "big";
+  std::ofstream(file) << "garbage";
+  // As large as a file can be that has no more than a few bytes on the disk.
+  std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
+  EXPECT_EQ(ErrorOfFile(file), file + ": neither XML nor JSON");
+}
+
+TEST_F(UnreadableFile, LargerThanTheLimit) {
+  const std::string file = folder_ / "big.xml";
+  std::ofstream(file) << "<config>";
+  std::filesystem::resize_file(file, kMaxConfigurationSize + 1);
+  EXPECT_EQ(ErrorOfFile(file), file + ": larger than 256 MiB");
+}
+
+TEST_F(UnreadableFile, GoodFileIsRead) {
+  const std::string file = folder_ / "good.xml";
+  std::ofstream(file) << kBare;
+  EXPECT_EQ(ErrorOfFile(file), "accepted");
+}
+
+struct OneLineCase {
+  const char* name;
+  std::string text;
+  std::string line;
+};
+
+std::ostream& operator<<(std::ostream& out, const OneLineCase& row) { return out << row.name; }
+
+const OneLineCase kOneLineCases[] = {
+    {"Empty", "", ""},
+    {"Plain", "a b", "a b"},
+    {"Newlines", "a\n\n b\r\n", "a b"},
+    {"BlanksAround", "  a ", "a"},
+    {"ControlBytes",
+     "a\x1b[31m\x7f"
+     "b",
+     "a [31m b"},
+    {"Longest", std::string(500, 'x'), std::string(500, 'x')},
+    {"TooLong", std::string(501, 'x'), std::string(500, 'x') + "..."},
+    {"CutBeforeACharacter", std::string(500, 'x') + "\xc3\xa4", std::string(500, 'x') + "..."},
+    {"CutBehindACharacter", std::string(499, 'x') + "\xc3\xa4y",
+     std::string(499, 'x') + "\xc3\xa4..."},
+};
+
+class OneLineText : public testing::TestWithParam<OneLineCase> {};
+
+TEST_P(OneLineText, IsClean) { EXPECT_EQ(OneLine(GetParam().text), GetParam().line); }
+
+INSTANTIATE_TEST_SUITE_P(Texts, OneLineText, testing::ValuesIn(kOneLineCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+}  // namespace
+}  // namespace ipvald

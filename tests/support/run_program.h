@@ -1,0 +1,22 @@
+// Runs a program to its end and keeps what it wrote.
+#ifndef TESTS_SUPPORT_RUN_PROGRAM_H_
+#define TESTS_SUPPORT_RUN_PROGRAM_H_
+
+#include <string>
+#include <vector>
+
+struct ProgramResult {
+  int status = -1;  // exit status, or 128 plus the number of the signal that ended it
+  std::string out;
+  std::string err;
+};
+
+struct ProgramInput {
+  std::string standard_input;
+  std::vector<std::string> environment;  // NAME=VALUE, added to that of this process
+};
+
+/// Runs `command` (file name, then arguments). Aborts the test program when it cannot be started.
+ProgramResult RunProgram(const std::vector<std::string>& command, const ProgramInput& input = {});
+
+#endif  // TESTS_SUPPORT_RUN_PROGRAM_H_

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "confd/store.h"
+#include "path.h"
 #include "schema.h"
 #include "snapshot.h"
 #include "value.h"
@@ -98,6 +99,15 @@ Keypath::Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* 
   Builder builder(path_.get());
   builder.AddTag(schema.tag(list));
   builder.AddNode(schema, parent);
+}
+
+Keypath::Keypath(const Snapshot& configuration, const std::string& path)
+    : path_(std::make_unique<confd_hkeypath_t>()) {
+  const auto place = FindPlace(AsLoaded(configuration), path);
+  if (!place || !place->exists) throw Error("nothing is at " + path);
+  Builder builder(path_.get());
+  if (place->without_keys) builder.AddTag(configuration.schema().tag(place->schema));
+  builder.AddNode(configuration.schema(), place->without_keys ? place->parent : place->node);
 }
 
 Keypath::~Keypath() { FreeKeys(path_.get()); }

@@ -9,8 +9,6 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
-#include <string_view>
 
 #include "confd/store.h"
 
@@ -74,14 +72,6 @@ std::optional<std::string> CanonicalAddressAndLength(std::string_view text, int 
   if (inet_pton(family, address.c_str(), &bytes) != 1) return std::nullopt;
   inet_ntop(family, &bytes, canonical, sizeof(canonical));
   return std::string(canonical) + "/" + std::to_string(length);
-}
-
-std::optional<std::string> CanonicalHexList(std::string_view text) {
-  std::string canonical(text);
-  for (char& c : canonical) {
-    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return canonical;
 }
 
 using Canonicalize = std::optional<std::string> (*)(std::string_view);
@@ -157,6 +147,22 @@ lyplg_ext ValidatePlugin() {
 }
 
 }  // namespace
+}  // namespace confd
+
+namespace confd {
+
+std::optional<std::string> CanonicalHexList(std::string_view text) {
+  if (!text.empty() && text.size() % 3 != 2) return std::nullopt;
+  std::string canonical(text);
+  for (size_t i = 0; i < canonical.size(); ++i) {
+    char& c = canonical[i];
+    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
+    const bool is_digit = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f');
+    if (i % 3 == 2 ? c != ':' : !is_digit) return std::nullopt;
+  }
+  return canonical;
+}
+
 }  // namespace confd
 
 // libyang looks these names up in the library that lyplg_add names; each table ends with an empty

@@ -190,6 +190,14 @@ bool IsPlainString(const lysc_type* type) {
   return string_type->length == nullptr && string_type->patterns == nullptr;
 }
 
+// Whether the type is the hex list of tailf-common, whose pattern says no more than what a hex list
+// is.
+bool IsPlainHexList(const lysc_type* type) {
+  if (type->basetype != LY_TYPE_STRING || !HasTypeId(type, kHexListType)) return false;
+  const auto* string_type = reinterpret_cast<const lysc_type_str*>(type);
+  return string_type->length == nullptr && LY_ARRAY_COUNT(string_type->patterns) == 1;
+}
+
 template <typename Number>
 bool InRange(const lysc_range* range, Number number) {
   if (range == nullptr) return true;
@@ -412,6 +420,7 @@ std::optional<std::string> CanonicalText(const lysc_node* leaf, std::string_view
       break;
   }
   if (IsPlainString(type)) return std::string(text);
+  if (IsPlainHexList(type)) return CanonicalHexList(text);
   const std::string terminated(text);
   const char* canonical = nullptr;
   const ly_ctx* context = leaf->module->ctx;

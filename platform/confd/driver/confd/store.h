@@ -127,6 +127,9 @@ class Keypath {
   Keypath(const Schema& schema, const lyd_node* node);
   /// Path of the list `list` without keys, below `parent` (null for a top-level list).
   Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* list);
+  /// Path of what `path` names in a configuration, in the text form of MAAPI paths.
+  /// @throws Error  it names nothing, or nothing that is there.
+  Keypath(const Snapshot& configuration, const std::string& path);
   ~Keypath();
   Keypath(const Keypath&) = delete;
   Keypath& operator=(const Keypath&) = delete;

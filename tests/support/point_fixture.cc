@@ -1,0 +1,123 @@
+#include "support/point_fixture.h"
+
+#include <dlfcn.h>
+
+#include <stdexcept>
+#include <string_view>
+
+#include "confd_dp.h"
+
+namespace tests {
+namespace {
+
+struct Module {
+  int (*lib_init)(void**);
+  int (*validate)(confd_trans_ctx*, confd_hkeypath_t*, confd_value_t*);
+  int (*lib_finish)(void**);
+};
+
+template <typename Function>
+void Look(void* handle, const char* name, Function& function) {
+  function = reinterpret_cast<Function>(dlsym(handle, name));
+  if (function == nullptr) throw std::runtime_error(dlerror());
+}
+
+// Stays loaded for the life of the program.
+const Module& LoadedModule() {
+  static const Module module = [] {
+    void* handle = dlopen(IPAV_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) throw std::runtime_error(dlerror());
+    Module loaded{};
+    Look(handle, "lib_init", loaded.lib_init);
+    Look(handle, "validate", loaded.validate);
+    Look(handle, "lib_finish", loaded.lib_finish);
+    return loaded;
+  }();
+  return module;
+}
+
+std::string Member(const char* name, const std::string& entries) {
+  return "\"" + std::string(name) + "\":[" + entries + "]";
+}
+
+}  // namespace
+
+std::shared_ptr<const confd::Schema> DataModel() {
+  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+  return schema;
+}
+
+std::string Device::Json() const {
+  return R"({"velmor-config:config":{"interface":{)" + Member("velmor-ip-app:l3", l3) + "," +
+         Member("velmor-ip-app:loopback", loopback) + "," + Member("velmor-ip-app:mgmt", mgmt) +
+         R"(}},"velmor-internal:internal":{"vrf-config":{)" + Member("indexTOstring", vrfs) + "}," +
+         Member("ospf-interface-l3", ospf) + "," + Member("ospf-index-to-proc-id", ospf_processes) +
+         "," + Member("ospfv3-interface-l3", ospfv3) +
+         R"(},"KX-RTM-MIB:KX-RTM-MIB":{"rtmStaticRtTable":{)" + Member("rtmStaticRtEntry", routes) +
+         "}}," + Member("velmor-static-route:rtmStaticRtEntry-global", route_outputs) + "}";
+}
+
+PointTest::PointTest() : values_before_(confd::OutstandingValues()) {
+  framework::SetLogEnabled(true);
+  RenewConfig();
+}
+
+PointTest::~PointTest() {
+  EndTransaction();
+  LoadedModule().lib_finish(&config_);
+  EXPECT_EQ(confd::OutstandingValues(), values_before_) << "values not released";
+  framework::TakeFaults();
+  framework::TakeLogLines();
+}
+
+void PointTest::Configure(const std::string& running, const std::string& candidate) {
+  EndTransaction();
+  candidate_ = confd::Snapshot::FromText(DataModel(), candidate);
+  datastore_.emplace(confd::Snapshot::FromText(DataModel(), running));
+  daemon_ = {datastore_->OpenSocket(), datastore_->OpenSocket()};
+  thandle_ = datastore_->StartTransaction(candidate_);
+  datastore_->Attach(daemon_.maapi_socket, thandle_);
+}
+
+void PointTest::EndTransaction() {
+  if (!datastore_) return;
+  EXPECT_EQ(datastore_->FinishTransaction(thandle_), 0) << "cursors left open";
+  datastore_.reset();
+}
+
+void PointTest::RenewConfig() {
+  if (config_ != nullptr) LoadedModule().lib_finish(&config_);
+  LoadedModule().lib_init(&config_);
+  registry_.Register("ip_app_validation", config_);
+}
+
+std::string PointTest::Validate(const std::string& opaque, const std::string& path) {
+  confd::Keypath keypath(*candidate_, path);
+  return Validate(opaque, keypath);
+}
+
+std::string PointTest::Validate(const std::string& opaque, confd::Keypath& keypath) {
+  confd::TransactionContext context;
+  std::string opaque_text = opaque;
+  context.get()->thandle = thandle_;
+  context.get()->vcb_opaque = &daemon_;
+  context.get()->v_opaque = &registry_;
+  context.get()->validate_opaque = opaque_text.data();
+  confd_value_t value{};
+  CONFD_SET_XMLTAG(&value, 0, 0);
+
+  calls_.clear();
+  confd::WatchCalls([this](const confd::Call& call) {
+    const bool fails = static_cast<int>(calls_.size()) == failing_call_;
+    calls_.push_back(call.path.empty() ? call.function
+                                       : std::string(call.function) + " " + call.path);
+    return fails ? confd::CallAction::kFail : confd::CallAction::kProceed;
+  });
+  const int result = LoadedModule().validate(context.get(), keypath.get(), &value);
+  confd::WatchCalls(nullptr);
+  failing_call_ = -1;
+  if (result == 0) return "accepted";
+  return context.has_error() ? context.error() : "refused";
+}
+
+}  // namespace tests

@@ -1,0 +1,89 @@
+// The validation points as a host sees them: the real module, loaded with dlopen, against the
+// configuration store.
+#ifndef TESTS_SUPPORT_POINT_FIXTURE_H_
+#define TESTS_SUPPORT_POINT_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "confd/store.h"
+#include "framework/host.h"
+
+namespace tests {
+
+/// The project's data model.
+std::shared_ptr<const confd::Schema> DataModel();
+
+/// A device configuration as JSON text. Each argument is the inside of a JSON array, for example
+/// R"({"name":"7","vrf":"red"})" for one L3 interface.
+struct Device {
+  std::string l3;
+  std::string loopback;
+  std::string mgmt;
+  std::string vrfs;            ///< entries of indexTOstring
+  std::string routes;          ///< entries of rtmStaticRtEntry
+  std::string route_outputs;   ///< entries of rtmStaticRtEntry-global
+  std::string ospf;            ///< entries of ospf-interface-l3
+  std::string ospf_processes;  ///< entries of ospf-index-to-proc-id
+  std::string ospfv3;          ///< entries of ospfv3-interface-l3
+
+  std::string Json() const;
+};
+
+/// One Config, from lib_init to lib_finish, over any number of transactions. A test fails when a
+/// cursor stays open or a value is not released.
+class PointTest : public testing::Test {
+ protected:
+  PointTest();
+  ~PointTest() override;
+
+  /// Begins a transaction. The Config stays, as it does in a daemon that keeps it.
+  void Configure(const std::string& running, const std::string& candidate);
+  void Configure(const std::string& candidate) { Configure("{}", candidate); }
+  void Configure(const Device& candidate) { Configure(candidate.Json()); }
+  void Configure(const Device& running, const Device& candidate) {
+    Configure(running.Json(), candidate.Json());
+  }
+
+  /// Replaces the Config by a fresh one.
+  void RenewConfig();
+
+  /// Calls `validate` for the point with that opaque text and the node at `path`.
+  /// @returns "accepted", "refused" (without a text), or the text of the refusal
+  std::string Validate(const std::string& opaque, const std::string& path);
+  std::string Validate(const std::string& opaque, confd::Keypath& keypath);
+
+  const confd::Snapshot& candidate() const { return *candidate_; }
+
+  /// Calls of the last Validate: function, blank, formatted path ("maapi_exists /config/...").
+  const std::vector<std::string>& calls() const { return calls_; }
+
+  /// Makes the call with that position in the next Validate fail, counted from 0; -1 for none.
+  void FailCall(int position) { failing_call_ = position; }
+
+  /// What the plug-in reported since the last time.
+  std::vector<framework::Fault> TakeFaults() { return framework::TakeFaults(); }
+  std::vector<std::string> TakeLogLines() { return framework::TakeLogLines(); }
+
+ private:
+  void EndTransaction();
+
+  int64_t values_before_;
+  framework::ContextRegistry registry_;
+  framework::Daemon daemon_;
+  void* config_ = nullptr;
+  std::shared_ptr<const confd::Snapshot> candidate_;
+  std::optional<confd::Datastore> datastore_;
+  int thandle_ = -1;
+  std::vector<std::string> calls_;
+  int failing_call_ = -1;
+};
+
+}  // namespace tests
+
+#endif  // TESTS_SUPPORT_POINT_FIXTURE_H_

@@ -31,9 +31,12 @@ std::string Address(int64_t number) {
          "." + std::to_string(number & 255);
 }
 
+enum class Tables { kAll, kNested };
+
 // As many L3 interfaces as routes in each of the two route tables. `interval` goes to the interface
-// in the middle.
-std::string ConfigurationText(int64_t size, int interval) {
+// in the middle. kNested leaves out the table that is a list at the top of the model: libyang needs
+// quadratic time to build one.
+std::string ConfigurationText(int64_t size, int interval, Tables tables) {
   std::string interfaces;
   std::string routes;
   std::string outputs;

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <ostream>
 #include <string>
 
@@ -261,9 +262,9 @@ class PathFormat : public StoreTest {
   std::string path_;
 };
 
-confd_value_t Buffer(const std::string& text) {
+confd_value_t Buffer(const char* text) {
   confd_value_t value{};
-  CONFD_SET_CBUF(&value, text.data(), static_cast<unsigned>(text.size()));
+  CONFD_SET_CBUF(&value, text, static_cast<unsigned>(std::strlen(text)));
   return value;
 }
 

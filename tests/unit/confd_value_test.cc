@@ -377,8 +377,10 @@ INSTANTIATE_TEST_SUITE_P(Rooms, PrintedInto, testing::ValuesIn(kRoomCases), RowN
 
 TEST(TypeTestDeathTest, NamesTheTypeThatWasAskedFor) {
   const confd_value_t number = Int32(7);
-  EXPECT_DEATH(static_cast<void>(CONFD_GET_XMLTAG(&number)), R"(\(&number\)->type == C_XMLTAG)");
-  EXPECT_DEATH(static_cast<void>(CONFD_GET_CBUFPTR(&number)), R"(\(&number\)->type == C_BUF)");
+  EXPECT_DEBUG_DEATH(static_cast<void>(CONFD_GET_XMLTAG(&number)),
+                     R"(\(&number\)->type == C_XMLTAG)");
+  EXPECT_DEBUG_DEATH(static_cast<void>(CONFD_GET_CBUFPTR(&number)),
+                     R"(\(&number\)->type == C_BUF)");
 }
 
 TEST(HeaderNumbers, AreThoseOfThePublicManual) {

@@ -69,7 +69,7 @@ std::string PathText(const confd_hkeypath_t& path, int deepest) {
   for (int i = path.len - 1; i >= deepest; --i) {
     const confd_value_t* element = path.v[i];
     if (element->type == C_XMLTAG) {
-      text += "/" + PrintValue(*element);
+      text.append("/").append(PrintValue(*element));
       continue;
     }
     text += "{";

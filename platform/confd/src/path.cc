@@ -2,7 +2,8 @@
 
 #include <arpa/inet.h>
 
-#include <cctype>
+#include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "confd_lib.h"
@@ -39,6 +40,8 @@ bool SpellsOutKeyWithPercent(const LoadedSnapshot& configuration, std::string_vi
   }
   return false;
 }
+
+constexpr size_t kUsualPathLength = 128;  // longer ones only take another allocation
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
 
@@ -98,6 +101,7 @@ size_t KeysEnd(std::string_view text, bool several) {
 // Splits the text of several keys at blanks outside double quotes.
 std::vector<std::string_view> SplitKeys(std::string_view text) {
   std::vector<std::string_view> keys;
+  keys.reserve(MAXKEYLEN);
   for (text = Trim(text); !text.empty(); text = Trim(text)) {
     size_t length = QuotedLength(text);
     if (length == 0) length = std::min(text.find_first_of(" \t\n"), text.size());
@@ -122,6 +126,7 @@ std::optional<std::string> ReadKeys(const lysc_node* list, std::string_view text
     parts = SplitKeys(text);
   }
   std::string joined;
+  joined.reserve(text.size() + parts.size());
   for (const std::string_view part : parts) {
     if (key == nullptr || !lysc_is_key(key)) return std::nullopt;
     const auto canonical =
@@ -213,16 +218,15 @@ std::optional<std::string> FormatPath(const LoadedSnapshot* configuration, const
     return std::nullopt;
   }
   std::string path;
-  for (const char* c = format; *c != '\0'; ++c) {
-    if (*c != '%') {
-      path.push_back(*c);
-      continue;
-    }
-    ++c;
+  path.reserve(kUsualPathLength);
+  for (const char* c = format;; ++c) {
+    const char* conversion = strchrnul(c, '%');
+    path.append(c, conversion);
+    if (*conversion == '\0') return path;
+    c = conversion + 1;
     const bool counted = *c == '*';
     const int count = counted ? va_arg(args, int) : 1;
     if (counted) ++c;
-    const std::string_view rest(c);
     if (*c == 'x') {
       path += KeysText(va_arg(args, const confd_value_t*), count);
     } else if (*c == 'h') {
@@ -236,10 +240,10 @@ std::optional<std::string> FormatPath(const LoadedSnapshot* configuration, const
       path += std::to_string(va_arg(args, unsigned));
     } else if (!counted && *c == '%') {
       path.push_back('%');
-    } else if (!counted && rest.starts_with("ip4")) {
+    } else if (!counted && strncmp(c, "ip4", 3) == 0) {
       path += AddressText(AF_INET, va_arg(args, const in_addr*));
       c += 2;
-    } else if (!counted && rest.starts_with("ip6")) {
+    } else if (!counted && strncmp(c, "ip6", 3) == 0) {
       path += AddressText(AF_INET6, va_arg(args, const in6_addr*));
       c += 2;
     } else {
@@ -247,7 +251,6 @@ std::optional<std::string> FormatPath(const LoadedSnapshot* configuration, const
       return std::nullopt;
     }
   }
-  return path;
 }
 
 std::optional<Place> FindPlace(const LoadedSnapshot& configuration, std::string_view text) {

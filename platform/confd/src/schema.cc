@@ -205,7 +205,7 @@ std::vector<const lysc_node*> KeyLeaves(const lysc_node* list) {
 std::string SchemaPath(const lysc_node* node) {
   std::string path;
   for (const lysc_node* step = node; step != nullptr; step = DataParent(step)) {
-    path.insert(0, "/" + std::string(step->name));
+    path.insert(0, step->name).insert(0, 1, '/');
   }
   return path;
 }

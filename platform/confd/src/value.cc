@@ -65,7 +65,7 @@ const lysc_type* DeclaredType(const lysc_node* leaf) {
 const char* ValueText(const lyd_node* leaf) { return lyd_get_value(leaf); }
 
 bool HasTypeId(const lysc_type* type, std::string_view id) {
-  return std::string_view(type->plugin->id).starts_with(id);
+  return strncmp(type->plugin->id, id.data(), id.size()) == 0;
 }
 
 confd_vtype StringType(const lysc_type* type) {
@@ -259,9 +259,10 @@ std::string Decimal64Text(const confd_decimal64& number) {
   if (digits.size() <= number.fraction_digits) {
     digits.insert(0, number.fraction_digits + 1 - digits.size(), '0');
   }
-  digits.insert(digits.size() - number.fraction_digits, ".");
+  digits.insert(digits.size() - number.fraction_digits, 1, '.');
   while (digits.back() == '0' && digits[digits.size() - 2] != '.') digits.pop_back();
-  return negative ? "-" + digits : digits;
+  if (negative) digits.insert(digits.begin(), '-');
+  return digits;
 }
 
 int CopyOut(char* buf, int bufsiz, const std::string& text) {
@@ -385,8 +386,11 @@ int CompareLeafValues(const lyd_node* a, const lyd_node* b) {
       return CompareBytes(p->data, p->size, q->data, q->size);
     }
     case LY_TYPE_STRING: {
-      const int order = CompareNumbers<int>(StringType(x.realtype), StringType(y.realtype));
-      return order != 0 ? order : CompareStrings(a, b, x.realtype);
+      if (x.realtype != y.realtype) {
+        const int order = CompareNumbers<int>(StringType(x.realtype), StringType(y.realtype));
+        if (order != 0) return order;
+      }
+      return CompareStrings(a, b, x.realtype);
     }
     default:
       return CompareText(ValueText(a), ValueText(b));

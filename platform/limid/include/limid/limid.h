@@ -24,8 +24,7 @@ extern "C" {
 /// Identifier of the L3 interface on a VLAN. Different VLANs give different identifiers, whatever
 /// the number; no VLAN from 1 to 4094 gives the zero identifier.
 /// @param vlan  VLAN number. Numbers outside 1 to 4094 are not refused: each has its identifier,
-/// and
-///              one of them, -268435456, has the zero identifier.
+///              and one of them, -268435456, has the zero identifier.
 limid_t limid_l3_vlan_from_components(int vlan);
 
 /// Index of a logical interface. For the L3 interface on a VLAN it is 1000000 plus the VLAN number:

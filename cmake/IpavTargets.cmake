@@ -32,16 +32,13 @@ function(ipav_target target)
   endif()
 endfunction()
 
-# ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...] [OWN_MAIN])
+# ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
 # A GoogleTest program of that name, run by CTest as one test. It writes its results as XML for script/test to count.
 function(ipav_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "" "SOURCES;LIBRARIES;LABELS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS")
   add_executable(${name} ${arg_SOURCES})
   ipav_target(${name})
-  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock)
-  if(NOT arg_OWN_MAIN)
-    target_link_libraries(${name} PRIVATE GTest::gmock_main)
-  endif()
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gmock_main)
   target_compile_definitions(${name} PRIVATE
     IPAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}")

@@ -10,6 +10,7 @@
 
 #include "input_text.h"
 #include "netconf_wrapper.h"
+#include "one_line.h"
 
 namespace ipvald {
 namespace {
@@ -79,7 +80,9 @@ void RemoveLeadingBlanks(Source& source) {
 // a path.
 InputError LibyangError(const ly_ctx* context, const Source& source) {
   const char* message = ly_errmsg(context);
-  std::string text = message != nullptr && *message != '\0' ? message : "not a valid configuration";
+  // Cut at once, since libyang may quote the whole file.
+  std::string text = OneLine(message != nullptr ? message : "");
+  if (text.empty()) text = "not a valid configuration";
   // The text holds no NUL byte, so this one is libyang's own at the end of its input.
   if (text == "Invalid character 0x0.") text = "Unexpected end-of-input.";
 

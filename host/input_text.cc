@@ -39,15 +39,14 @@ size_t FirstNonBlank(std::string_view text) {
   return text.find_first_not_of(kBlanks, start);
 }
 
-// Length of the UTF-8 character at the beginning of `text`, 0 when there is none. Overlong forms,
-// surrogates and numbers above U+10FFFF are none.
+// Length of the UTF-8 character of several bytes at the beginning of `text`, 0 when there is none.
+// Overlong forms, surrogates and numbers above U+10FFFF are none.
 size_t Utf8Length(std::string_view text) {
   const auto byte = [text](size_t i) { return static_cast<unsigned char>(text[i]); };
   const auto is_continuation = [&](size_t i) {
     return i < text.size() && (byte(i) & 0xc0) == 0x80;
   };
   const unsigned char lead = byte(0);
-  if (lead < 0x80) return 1;
   if (lead < 0xc2 || lead > 0xf4 || !is_continuation(1)) return 0;
   if (lead < 0xe0) return 2;
   const unsigned char second = byte(1);
@@ -113,6 +112,10 @@ void CheckUtf8(const std::string& name, std::string_view text) {
     const char c = text[i];
     if (c == '\0') throw LocatedError(name, line, "NUL byte in the text");
     line += c == '\n';
+    if (static_cast<unsigned char>(c) < 0x80) {
+      ++i;
+      continue;
+    }
     const size_t length = Utf8Length(text.substr(i));
     if (length == 0) throw LocatedError(name, line, "not UTF-8");
     i += length;

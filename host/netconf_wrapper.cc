@@ -28,10 +28,6 @@ void Blank(std::string& text, size_t begin, size_t end) {
   }
 }
 
-bool IsNamespaceDeclaration(const XmlAttribute& attribute) {
-  return attribute.name == "xmlns" || attribute.name.starts_with("xmlns:");
-}
-
 // Finds the wrapper elements around a configuration and undoes them.
 class XmlUnwrapper {
  public:
@@ -94,14 +90,12 @@ class XmlUnwrapper {
     if (const auto outer = declarations_.find(declaration); outer != declarations_.end()) {
       uri = outer->second.value;
     }
-    for (const XmlAttribute& attribute : tag.attributes) {
-      if (attribute.name == declaration) uri = attribute.value;
+    for (const XmlAttribute& own : tag.declarations) {
+      if (own.name == declaration) uri = own.value;
     }
     if (uri != kBaseNamespace && !(uri.empty() && !prefixed)) return false;
 
-    for (const XmlAttribute& attribute : tag.attributes) {
-      if (IsNamespaceDeclaration(attribute)) declarations_[attribute.name] = attribute;
-    }
+    for (const XmlAttribute& own : tag.declarations) declarations_[own.name] = own;
     if (result_.empty()) result_ = text_;
     Blank(result_, tag.begin, tag.end);
     if (tag.kind == Kind::kEmptyTag) {
@@ -132,7 +126,7 @@ class XmlUnwrapper {
     std::string added;
     for (const auto& [name, declaration] : declarations_) {
       const auto same = [&name = name](const XmlAttribute& own) { return own.name == name; };
-      if (std::any_of(tag.attributes.begin(), tag.attributes.end(), same)) continue;
+      if (std::any_of(tag.declarations.begin(), tag.declarations.end(), same)) continue;
       added.append(" ").append(declaration.source);
     }
     std::replace(added.begin(), added.end(), '\n', ' ');

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -15,7 +16,7 @@ constexpr uint32_t kMaxTimeout = 86400;  // seconds
 
 constexpr const char* kExitStatus =
     "Exit status: 0 accepted, 1 rejected, 2 no verdict (usage, unreadable or invalid\n"
-    "input), 3 the plug-in failed.\n";
+    "input, output not written), 3 the plug-in failed, 128+N ended by signal N.\n";
 
 constexpr const char* kCheckExamples =
     "Examples:\n"
@@ -31,13 +32,28 @@ constexpr const char* kPointsExamples =
     "  ipvald points\n"
     "      list the validation points of the data model\n"
     "  ipvald points --format json\n"
-    "      the same for programs\n";
+    "      the same for programs\n"
+    "\n"
+    "Exit status: 0 listed, 2 usage, unusable data model or output not written.\n";
 
-// Where the installation is that this executable belongs to; the build tree has the same shape.
-std::filesystem::path InstallationRoot() {
+// Where an installation has what the program needs, relative to the program.
+constexpr const char* kPluginPlace = "../lib/libip_app_validation.so";
+constexpr const char* kYangPlace = "../share/ipvald/yang";
+
+// An option that is also the positional argument FILE shows that name behind its own.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_name(const CLI::Option* option, bool is_positional) const override {
+    const std::string name = Formatter::make_option_name(option, is_positional);
+    return is_positional || !option->get_positional() ? name : name + " " + option->get_name(true);
+  }
+};
+
+// What `place` means for this executable; the build tree has the shape of an installation.
+std::string BesideProgram(const char* place) {
   std::error_code ignored;
   const auto executable = std::filesystem::read_symlink("/proc/self/exe", ignored);
-  return executable.parent_path().parent_path();
+  return (executable.parent_path() / place).lexically_normal();
 }
 
 // An option that takes one of a few words.
@@ -70,7 +86,10 @@ void AddCommonOptions(CLI::App& command, Options& options) {
   AddChoice<Format>(command, "--format", options.format,
                     {{"text", Format::kText}, {"json", Format::kJson}},
                     "output format: text (default) or json");
-  command.add_option("--yang", options.yang, "directory with the YANG modules of the data model")
+  command
+      .add_option("--yang", options.yang,
+                  "directory with the data model, default\n" + std::string(kYangPlace) +
+                      " beside the program")
       ->type_name("DIR");
 }
 
@@ -97,8 +116,14 @@ CheckCommand AddCheck(CLI::App& app, Options& options, std::string& running_file
   AddCommonOptions(*command, options);
   command->add_flag("--trace", check.trace,
                     "list the validation points that were called, why, and what they logged");
-  command->add_option("--plugin", check.plugin, "validation plug-in to load")->type_name("SO");
-  command->add_option("--timeout", check.timeout, "time for all calls of the plug-in, default 60")
+  command
+      ->add_option("--plugin", check.plugin,
+                   "validation plug-in to load, default\n" + std::string(kPluginPlace) +
+                       " beside the program")
+      ->type_name("SO");
+  command
+      ->add_option("--timeout", check.timeout,
+                   "time for all calls of the plug-in, 1 to 86400, default 60")
       ->type_name("SECONDS")
       ->check(TimeoutError);
   AddChoice<Color>(*command, "--color", check.color,
@@ -124,16 +149,16 @@ Options TextToPrint(std::string text) {
 }  // namespace
 
 Options ParseOptions(int argc, const char* const* argv) {
-  const std::filesystem::path root = InstallationRoot();
   Options options;
-  options.yang = root / "share" / "ipvald" / "yang";
-  options.check.plugin = root / "lib" / "libip_app_validation.so";
+  options.yang = BesideProgram(kYangPlace);
+  options.check.plugin = BesideProgram(kPluginPlace);
 
   CLI::App app("Tell what a device's configuration validation says about a configuration",
                "ipvald");
   app.set_version_flag("--version", "ipvald " IPVALD_VERSION, "Print the version and exit");
   app.set_help_flag("--help,-h", "Print this help and exit");
   app.require_subcommand(1);
+  app.formatter(std::make_shared<HelpFormatter>());
   app.get_formatter()->column_width(28);
   app.get_formatter()->label("REQUIRED", "");
   std::string running_file;

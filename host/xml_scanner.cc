@@ -8,6 +8,10 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kAfterName = " \t\r\n/>=<\"'";
 
+bool IsNamespaceDeclaration(const XmlAttribute& attribute) {
+  return attribute.name == "xmlns" || attribute.name.starts_with("xmlns:");
+}
+
 }  // namespace
 
 XmlPiece XmlScanner::Next() {
@@ -48,7 +52,7 @@ XmlPiece XmlScanner::Tag() {
   while (at < text_.size() && text_[at] != '>' && text_[at] != '/') {
     XmlAttribute attribute;
     if (!ReadAttribute(at, attribute)) return Malformed();
-    tag.attributes.push_back(attribute);
+    if (IsNamespaceDeclaration(attribute)) tag.declarations.push_back(attribute);
   }
   if (text_.substr(at).starts_with('/')) {
     tag.kind = XmlPiece::Kind::kEmptyTag;

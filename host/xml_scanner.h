@@ -31,7 +31,8 @@ struct XmlPiece {
   size_t begin = 0;  // offsets in the text
   size_t end = 0;
   std::string_view name;  // of a tag, with its prefix
-  std::vector<XmlAttribute> attributes;
+  // Namespace declarations of a tag. Other attributes are not kept: a tag may have millions.
+  std::vector<XmlAttribute> declarations;
 };
 
 /// Walks over `text`, which must outlive the scanner.

@@ -66,7 +66,9 @@ TEST(Interposition, ProgramWinsOverTheStandIn) {
 
   // The leaves are there and break the rule, but the program's own function says that they are not.
   EXPECT_EQ(plugin.validate(context.get(), keypath.get(), &value), 0);
-  EXPECT_FALSE(AskedFor().empty());
+  EXPECT_EQ(AskedFor(),
+            (std::vector<std::string>{"/config/interface/l3{7}/ipv6/nd/ra/max-interval",
+                                      "/config/interface/l3{7}/ipv6/nd/ra/min-interval"}));
   EXPECT_EQ(plugin.lib_finish(&config), 0);
 }
 

@@ -7,15 +7,19 @@
 #include <fstream>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "options.h"
 #include "support/run_program.h"
 
 namespace {
 
 using Arguments = std::vector<std::string>;
+
+constexpr bool kSanitized = !std::string_view(IPAV_SANITIZE).empty();
 
 const std::string kExamples = IPAV_SOURCE_DIR "/examples/";
 const std::string kIntervalRefused = kExamples + "ra-interval-refused.json";
@@ -93,12 +97,6 @@ const ProgramCase kVerdicts[] = {
      Example("ra-running.xml"),
      1,
      kLifetimeText,
-     ""},
-    {"ColorAlways",
-     {"check", "--color", "always", kRunning},
-     "",
-     0,
-     "\x1b[32maccepted\x1b[0m\n",
      ""},
     {"TraceOfNoChange",
      {"check", "--trace", "--running", kRunning, kRunning},
@@ -222,6 +220,209 @@ const ProgramCase kErrors[] = {
      "ipvald: cannot read the YANG folder /nonexistent/file: No such file or directory\n"},
 };
 
+// Input files that give no verdict. The test writes `text` into a file, whose name takes the place
+// of FILE in `error`.
+struct BadFileCase {
+  const char* name;
+  std::string text;
+  const char* error;
+};
+
+std::ostream& operator<<(std::ostream& out, const BadFileCase& row) { return out << row.name; }
+
+// A configuration whose L3 interface holds `leaves`, which begin on line 4.
+std::string Xml(const std::string& leaves) {
+  return "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n"
+         "<l3 xmlns=\"urn:velmor:yang:ip-app\">\n" +
+         leaves + "</l3>\n</interface>\n</config>\n";
+}
+
+const BadFileCase kBadFiles[] = {
+    {"Empty", "", "FILE: the file is empty"},
+    {"TruncatedXml", "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n",
+     "FILE:3: Unexpected end-of-input."},
+    {"JsonSyntax", "{\"velmor-config:config\":\n{\"interface\":}}",
+     "FILE:2: Invalid character sequence \"}}\", expected a JSON value."},
+    {"UnknownElement", Xml("<name>7</name>\n<colour>red</colour>"),
+     "FILE:5: Node \"colour\" not found as a child of \"l3\" node."},
+    {"ValueOutOfRange", Xml("<name>7</name>\n<lower-layer-if><vlan>4095</vlan></lower-layer-if>"),
+     "FILE:5: A VLAN identifier is 1 to 4094."},
+    {"DuplicateEntry",
+     Xml("<name>7</name></l3><l3 xmlns=\"urn:velmor:yang:ip-app\"><name>7</name>"),
+     "FILE: Duplicate instance of \"l3\". "
+     "(/velmor-config:config/interface/velmor-ip-app:l3[name='7'])"},
+    {"BinaryGarbage",
+     std::string("\x7f"
+                 "ELF\x02\x01\x01\0\n\xff",
+                 10),
+     "FILE: neither XML nor JSON"},
+    {"NotUtf8", Xml("<name>\xff</name>"), "FILE:4: not UTF-8"},
+};
+
+class BadFile : public testing::TestWithParam<BadFileCase> {
+ protected:
+  BadFile() {
+    std::string pattern = testing::TempDir() + "ipvald-XXXXXX";
+    folder_ = mkdtemp(pattern.data());
+    file_ = folder_ / "bad";
+    std::ofstream(file_, std::ios::binary) << GetParam().text;
+    error_ = std::string("ipvald: ") + GetParam().error + "\n";
+    error_.replace(error_.find("FILE"), 4, file_);
+  }
+  ~BadFile() override { std::filesystem::remove_all(folder_); }
+
+  std::filesystem::path folder_;
+  std::string file_;
+  std::string error_;
+};
+
+TEST_P(BadFile, AsCandidate) {
+  ExpectResult(Ipvald({"check", "--running", kRunning, file_}), 2, "", error_);
+}
+
+TEST_P(BadFile, AsRunning) {
+  ExpectResult(Ipvald({"check", "--running", file_, kRunning}), 2, "", error_);
+}
+
+TEST_P(BadFile, InJsonFormat) {
+  ExpectResult(Ipvald({"check", "--format", "json", file_}), 2, "", error_);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, BadFile, testing::ValuesIn(kBadFiles),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(BadFolder, IsNoConfiguration) {
+  const std::string folder = IPAV_SOURCE_DIR "/examples";
+  const std::string error = "ipvald: " + folder + ": Is a directory\n";
+  ExpectResult(Ipvald({"check", folder}), 2, "", error);
+  ExpectResult(Ipvald({"check", "--running", folder, kRunning}), 2, "", error);
+}
+
+// A file of `size` bytes that begins with `start` and goes on with `piece` over and over.
+struct GarbageCase {
+  const char* name;
+  const char* start;
+  const char* piece;
+  size_t size;
+  const char* error;  // its beginning behind the file's name
+};
+
+std::ostream& operator<<(std::ostream& out, const GarbageCase& row) { return out << row.name; }
+
+constexpr size_t kMegabyte = 1'000'000;
+
+const GarbageCase kGarbage[] = {
+    {"Braces", "{", "{", 100 * kMegabyte,
+     ":1: Invalid character sequence \"{{{{{{{{{{{{{{{{{{{{\", expected a JSON object's member.\n"},
+    {"AngleBrackets", "<", "<", 100 * kMegabyte, ":1: Identifier \"<<<<<<"},
+    {"Elements", "<", "a><", 100 * kMegabyte, ":1: Missing XML namespace.\n"},
+    {"Attributes", "<a ", "b='c' ", 20 * kMegabyte, ":1: Missing XML namespace.\n"},
+};
+
+class Garbage : public testing::TestWithParam<GarbageCase> {};
+
+TEST_P(Garbage, IsRefusedInBoundedTimeAndMemory) {
+  const GarbageCase& row = GetParam();
+  std::string pattern = testing::TempDir() + "ipvald-XXXXXX";
+  const std::filesystem::path folder = mkdtemp(pattern.data());
+  const std::string file = folder / "garbage";
+  {
+    std::string pieces;
+    while (pieces.size() < 60'000) pieces += row.piece;
+    std::ofstream out(file, std::ios::binary);
+    out << row.start;
+    for (size_t written = 0; written < row.size; written += pieces.size()) out << pieces;
+  }
+  const ProgramResult result = Ipvald({"check", file});
+  std::filesystem::remove_all(folder);
+
+  const std::string expected = "ipvald: " + file + row.error;
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err.substr(0, expected.size()), expected);
+  EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
+  EXPECT_LT(result.err.size(), expected.size() + 600);
+
+  EXPECT_LT(result.cpu_seconds, 10);
+  // The text, once more what libyang quotes of it, and a little. A sanitizer needs as much again.
+  const size_t limit = row.size * 5 / 2 + 16 * kMegabyte;
+  EXPECT_LT(static_cast<size_t>(result.peak_memory_kib) * 1024, kSanitized ? 2 * limit : limit);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Garbage, testing::ValuesIn(kGarbage),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// Colour. `environment` holds NO_COLOR or nothing.
+struct ColorCase {
+  const char* name;
+  Arguments arguments;
+  bool terminal;
+  std::vector<std::string> environment;
+  int status;
+  const char* first_line;
+};
+
+std::ostream& operator<<(std::ostream& out, const ColorCase& row) { return out << row.name; }
+
+const char kGreenAccepted[] = "\x1b[32maccepted\x1b[0m";
+const char kRedRejected[] = "\x1b[31mrejected\x1b[0m";
+const char kMagentaFailure[] = "\x1b[35mplugin-failure\x1b[0m";
+
+const ColorCase kColors[] = {
+    {"AcceptedOnATerminal", {kRunning}, true, {}, 0, kGreenAccepted},
+    {"RejectedOnATerminal", {kIntervalRefused}, true, {}, 1, kRedRejected},
+    {"FailureOnATerminal",
+     {"--plugin", IPAV_MISBEHAVING_PLUGIN, kRunning},
+     true,
+     {"MISBEHAVE=lib_init:abort"},
+     3,
+     kMagentaFailure},
+    {"AutoOnATerminal", {"--color", "auto", kRunning}, true, {}, 0, kGreenAccepted},
+    {"NoColorOnATerminal", {kRunning}, true, {"NO_COLOR=1"}, 0, "accepted"},
+    {"EmptyNoColorOnATerminal", {kRunning}, true, {"NO_COLOR="}, 0, kGreenAccepted},
+    {"NeverOnATerminal", {"--color", "never", kRunning}, true, {}, 0, "accepted"},
+    {"AlwaysOutweighsNoColor",
+     {"--color", "always", kRunning},
+     true,
+     {"NO_COLOR=1"},
+     0,
+     kGreenAccepted},
+    {"AutoInAFile", {kRunning}, false, {}, 0, "accepted"},
+    {"NeverInAFile", {"--color", "never", kRunning}, false, {}, 0, "accepted"},
+    {"AlwaysAccepted", {"--color", "always", kRunning}, false, {}, 0, kGreenAccepted},
+    {"AlwaysRejected", {"--color", "always", kIntervalRefused}, false, {}, 1, kRedRejected},
+    {"AlwaysFailure",
+     {"--color", "always", "--plugin", IPAV_MISBEHAVING_PLUGIN, kRunning},
+     false,
+     {"MISBEHAVE=validate:abort"},
+     3,
+     kMagentaFailure},
+    {"JsonOnATerminal", {"--format", "json", kRunning}, true, {}, 0, "{"},
+    {"JsonAlways", {"--format", "json", "--color", "always", kIntervalRefused}, true, {}, 1, "{"},
+};
+
+class IpvaldColor : public testing::TestWithParam<ColorCase> {
+ protected:
+  IpvaldColor() { unsetenv("NO_COLOR"); }
+};
+
+TEST_P(IpvaldColor, IsInTheFirstLineAlone) {
+  const ColorCase& row = GetParam();
+  Arguments arguments = {"check"};
+  arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+  const ProgramResult result =
+      Ipvald(arguments, {.environment = row.environment, .terminal = row.terminal});
+  EXPECT_EQ(result.status, row.status);
+  EXPECT_EQ(result.err, "");
+  const size_t end = result.out.find('\n');
+  ASSERT_NE(end, std::string::npos);
+  EXPECT_EQ(result.out.substr(0, end), row.first_line);
+  EXPECT_EQ(result.out.find('\x1b', end), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, IpvaldColor, testing::ValuesIn(kColors),
+                         [](const auto& row) { return std::string(row.param.name); });
+
 class IpvaldProgram : public testing::TestWithParam<ProgramCase> {};
 
 TEST_P(IpvaldProgram, PrintsAndExits) {
@@ -245,10 +446,21 @@ TEST(IpvaldHelp, ShowsTheCommands) {
 TEST(IpvaldHelp, OfCheckShowsItsOptions) {
   const ProgramResult result = Ipvald({"check", "--help"});
   EXPECT_EQ(result.status, 0);
-  for (const char* part : {"Usage: ipvald check", "--running FILE", "--candidate", "--format",
-                           "--trace", "--plugin", "--yang", "--timeout", "--color"}) {
+  for (const char* part :
+       {"Usage: ipvald check [OPTIONS] FILE\n", "  --candidate FILE  ", "  --running FILE  ",
+        "  --format WORD  ", "text (default) or json\n", "  --yang DIR  ",
+        "default\n                            ../share/ipvald/yang beside the program\n",
+        "  --trace  ", "  --plugin SO  ",
+        "default\n                            ../lib/libip_app_validation.so beside the program\n",
+        "  --timeout SECONDS  ", "1 to 86400, default 60\n", "  --color WORD  ",
+        "auto (default), always or never\n", "128+N ended by signal N.\n"}) {
     EXPECT_NE(result.out.find(part), std::string::npos) << part;
   }
+}
+
+TEST(IpvaldOptions, DefaultTimeoutIsAMinute) {
+  const std::vector<const char*> arguments = {"ipvald", "check", "candidate.json"};
+  EXPECT_EQ(ipvald::ParseOptions(3, arguments.data()).check.timeout, 60u);
 }
 
 TEST(IpvaldHelp, OfPointsShowsItsOptions) {

@@ -39,7 +39,7 @@ std::set<std::string> ExportedNames(const std::string& file) {
     const auto strings = section(table.sh_link);
     for (size_t offset = 0; offset < table.sh_size; offset += sizeof(ElfW(Sym))) {
       const auto symbol = At<ElfW(Sym)>(file, table.sh_offset + offset);
-      if (symbol.st_shndx == SHN_UNDEF || symbol.st_shndx == SHN_ABS) continue;
+      if (symbol.st_shndx == SHN_UNDEF) continue;
       names.insert(file.data() + strings.sh_offset + symbol.st_name);
     }
   }

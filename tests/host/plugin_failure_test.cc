@@ -5,13 +5,13 @@
 #include <cstdlib>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
 #include "configuration_file.h"
 #include "data_model.h"
 #include "report_json.h"
-#include "report_text.h"
 #include "support/run_program.h"
 #include "transaction.h"
 
@@ -217,49 +217,131 @@ TEST(PluginFaults, AreInJsonAndInTheTrace) {
               HasSubstr("\n   fault: level 2 Function file.cc:12 a fault on order\n"));
 }
 
-// One library call after the other in one process: no transaction knows of an earlier one.
-class Sequence : public testing::Test {
- protected:
-  std::string VerdictOn(const std::string& file) {
-    const TransactionReport report = RunTransaction(
-        running_, ReadConfiguration(DataModel(), IPAV_SOURCE_DIR "/examples/" + file),
-        {IPAV_PLUGIN, std::chrono::seconds(30), false});
-    return TextReport(report, {});
-  }
+const std::string kExamples = IPAV_SOURCE_DIR "/examples/";
+const std::string kRunning = kExamples + "ra-running.xml";
 
-  std::shared_ptr<const confd::Snapshot> running_ =
-      ReadConfiguration(DataModel(), IPAV_SOURCE_DIR "/examples/ra-running.xml");
+// One check: a candidate, and how the misbehaving plug-in shall take it; the real one judges when
+// there is no order.
+struct Check {
+  const char* name;
+  const char* candidate;  // a file of the examples, or the text of a configuration
+  const char* order;
+  int status;  // of the program
 };
 
-TEST_F(Sequence, RejectedCandidatesLeaveNoTrace) {
-  const std::string accepted = VerdictOn("ra-accepted.json");
-  const std::string refused = VerdictOn("ra-interval-refused.json");
-  EXPECT_EQ(accepted, "accepted\n");
-  EXPECT_EQ(refused.substr(0, 9), "rejected\n");
-  for (const char* between : {"ra-interval-refused.json", "ra-lifetime-refused.json"}) {
-    EXPECT_EQ(VerdictOn(between).substr(0, 9), "rejected\n");
-    EXPECT_EQ(VerdictOn("ra-accepted.json"), accepted) << between;
-    EXPECT_EQ(VerdictOn("ra-interval-refused.json"), refused) << between;
+std::ostream& operator<<(std::ostream& out, const Check& row) { return out << row.name; }
+
+// Their verdicts must be the same whatever came between.
+const Check kJudged[] = {
+    {"Accepted", "ra-accepted.json", "", 0},
+    {"IntervalRefused", "ra-interval-refused.json", "", 1},
+    {"LifetimeRefused", "ra-lifetime-refused.json", "", 1},
+    {"PluginFailure", "ra-accepted.json", "validate:abort", 3},
+};
+
+const Check kBetween[] = {
+    {"Accepted", "ra-accepted.json", "", 0},
+    {"EmptyConfiguration", "{}", "", 0},
+    {"IntervalRefused", "ra-interval-refused.json", "", 1},
+    {"LifetimeRefused", "ra-lifetime-refused.json", "", 1},
+    {"RefusedOnOrder", "ra-accepted.json", "validate:refuse", 1},
+    {"SyntaxError", "{\"velmor-config:config\": {", "", 2},
+    {"UnknownNode", "{\"velmor-config:config\": {\"colour\": 1}}", "", 2},
+    {"DuplicateEntry",
+     R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7"},{"name":"7"}]}}})",
+     "", 2},
+    {"Hang", "ra-accepted.json", "validate:hang", 3},
+    {"Kill", "ra-accepted.json", "validate:kill", 3},
+    {"KillGroup", "ra-accepted.json", "validate:kill-group", 3},
+    {"Abort", "ra-accepted.json", "validate:abort", 3},
+    {"Exception", "ra-accepted.json", "validate:throw", 3},
+    {"ExceptionInInit", "ra-accepted.json", "lib_init:throw", 3},
+    {"CursorLeftOpen", "ra-accepted.json", "validate:leave-cursor", 0},
+    {"ProcessLeftBehind", "ra-accepted.json", "validate:leave-process", 0},
+};
+
+bool IsExample(const Check& check) { return std::string_view(check.candidate).starts_with("ra-"); }
+
+const char* PluginFor(const Check& check) {
+  return *check.order == '\0' ? IPAV_PLUGIN : IPAV_MISBEHAVING_PLUGIN;
+}
+
+Verdict VerdictOf(int status) {
+  if (status == 0) return Verdict::kAccepted;
+  return status == 1 ? Verdict::kRejected : Verdict::kPluginFailure;
+}
+
+// A JSON report without what differs from run to run.
+std::string WithoutTimes(const std::string& report) {
+  auto json = nlohmann::json::parse(report);
+  for (auto& call : json["calls"]) call.erase("microseconds");
+  return json.dump();
+}
+
+// No check knows of an earlier one.
+class Checks : public testing::Test {
+ protected:
+  // By library calls in one process, with one running configuration.
+  std::string InProcess(const Check& check) const {
+    setenv("MISBEHAVE", check.order, 1);
+    std::string outcome;
+    try {
+      const auto candidate = IsExample(check)
+                                 ? ReadConfiguration(DataModel(), kExamples + check.candidate)
+                                 : ParseConfiguration(DataModel(), "text", check.candidate);
+      const TransactionReport report =
+          RunTransaction(running_, candidate, {PluginFor(check), std::chrono::seconds(1), false});
+      EXPECT_EQ(report.verdict, VerdictOf(check.status));
+      outcome = WithoutTimes(JsonReport(report));
+    } catch (const InputError& error) {
+      EXPECT_EQ(check.status, 2) << error.what();
+      outcome = error.what();
+    }
+    unsetenv("MISBEHAVE");
+    return outcome;
+  }
+
+  // By runs of the program.
+  static std::string ByProgram(const Check& check) {
+    const std::string candidate = IsExample(check) ? kExamples + check.candidate : "-";
+    const ProgramResult result =
+        RunProgram({IPAV_IPVALD, "check", "--running", kRunning, "--format", "json", "--timeout",
+                    "1", "--plugin", PluginFor(check), candidate},
+                   {check.candidate, {std::string("MISBEHAVE=") + check.order}});
+    EXPECT_EQ(result.status, check.status) << result.err;
+    return check.status == 2 ? result.err : WithoutTimes(result.out);
+  }
+
+  std::shared_ptr<const confd::Snapshot> running_ = ReadConfiguration(DataModel(), kRunning);
+};
+
+class Sequence : public Checks, public testing::WithParamInterface<Check> {};
+
+TEST_P(Sequence, LeavesNoTraceInTheProcess) {
+  for (const Check& judged : kJudged) {
+    const std::string before = InProcess(judged);
+    InProcess(GetParam());
+    EXPECT_EQ(InProcess(judged), before) << judged;
   }
 }
 
-TEST_F(Sequence, FailedPluginLeavesNoTrace) {
-  const std::string accepted = VerdictOn("ra-accepted.json");
-  setenv("MISBEHAVE", "validate:abort", 1);
-  const TransactionReport failed =
-      RunTransaction(running_, confd::Snapshot::Empty(DataModel()),
-                     {IPAV_MISBEHAVING_PLUGIN, std::chrono::seconds(30), false});
-  unsetenv("MISBEHAVE");
-  EXPECT_EQ(failed.verdict, Verdict::kPluginFailure);
-  EXPECT_EQ(VerdictOn("ra-accepted.json"), accepted);
+TEST_P(Sequence, LeavesNoTraceForTheProgram) {
+  for (const Check& judged : kJudged) {
+    const std::string before = ByProgram(judged);
+    ByProgram(GetParam());
+    EXPECT_EQ(ByProgram(judged), before) << judged;
+  }
 }
 
-TEST_F(Sequence, NotAPluginLeavesNoTrace) {
-  const auto candidate = confd::Snapshot::Empty(DataModel());
-  EXPECT_THROW(RunTransaction(running_, candidate,
-                              {IPAV_INCOMPLETE_PLUGIN, std::chrono::seconds(30), false}),
+INSTANTIATE_TEST_SUITE_P(Between, Sequence, testing::ValuesIn(kBetween),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(Checks, NotAPluginLeavesNoTrace) {
+  const std::string before = InProcess(kJudged[0]);
+  EXPECT_THROW(RunTransaction(running_, confd::Snapshot::Empty(DataModel()),
+                              {IPAV_INCOMPLETE_PLUGIN, std::chrono::seconds(1), false}),
                InputError);
-  EXPECT_EQ(VerdictOn("ra-accepted.json"), "accepted\n");
+  EXPECT_EQ(InProcess(kJudged[0]), before);
 }
 
 }  // namespace

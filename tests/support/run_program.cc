@@ -1,13 +1,17 @@
 #include "run_program.h"
 
+#include <pty.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -36,6 +40,39 @@ std::string ReadBack(FILE* file) {
   return text;
 }
 
+// A pseudo terminal: what is written to the terminal can be read from the master side.
+struct Terminal {
+  TemporaryFile master;
+  TemporaryFile terminal;
+};
+
+Terminal MakeTerminal() {
+  termios raw{};
+  cfmakeraw(&raw);
+  int master = -1;
+  int terminal = -1;
+  if (openpty(&master, &terminal, nullptr, &raw, nullptr) != 0) {
+    std::perror("openpty");
+    std::abort();
+  }
+  return {TemporaryFile(fdopen(master, "r")), TemporaryFile(fdopen(terminal, "w"))};
+}
+
+// What was written to a terminal that nobody has open any more.
+std::string ReadTerminal(FILE* master) {
+  std::string text;
+  std::array<char, 4096> piece{};
+  ssize_t got = 0;
+  while ((got = read(fileno(master), piece.data(), piece.size())) > 0) {
+    text.append(piece.data(), static_cast<size_t>(got));
+  }
+  return text;
+}
+
+double Seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
   pointers.reserve(texts.size() + 1);
@@ -48,7 +85,9 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 ProgramResult RunProgram(const std::vector<std::string>& command, const ProgramInput& input) {
   const TemporaryFile in = MakeTemporaryFile();
-  const TemporaryFile out = MakeTemporaryFile();
+  Terminal terminal;
+  if (input.terminal) terminal = MakeTerminal();
+  TemporaryFile out = input.terminal ? std::move(terminal.terminal) : MakeTemporaryFile();
   const TemporaryFile err = MakeTemporaryFile();
   std::fwrite(input.standard_input.data(), 1, input.standard_input.size(), in.get());
   std::rewind(in.get());
@@ -73,10 +112,18 @@ ProgramResult RunProgram(const std::vector<std::string>& command, const ProgramI
     std::abort();
   }
   int status = 0;
-  waitpid(pid, &status, 0);
+  rusage usage{};
+  wait4(pid, &status, 0, &usage);
   ProgramResult result;
+  result.cpu_seconds = Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
+  result.peak_memory_kib = usage.ru_maxrss;
   result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-  result.out = ReadBack(out.get());
+  if (input.terminal) {
+    out.reset();
+    result.out = ReadTerminal(terminal.master.get());
+  } else {
+    result.out = ReadBack(out.get());
+  }
   result.err = ReadBack(err.get());
   return result;
 }

@@ -9,11 +9,14 @@ struct ProgramResult {
   int status = -1;  // exit status, or 128 plus the number of the signal that ended it
   std::string out;
   std::string err;
+  double cpu_seconds = 0;    // in user and kernel mode
+  long peak_memory_kib = 0;  // largest resident set
 };
 
 struct ProgramInput {
-  std::string standard_input;
-  std::vector<std::string> environment;  // NAME=VALUE, added to that of this process
+  std::string standard_input = {};
+  std::vector<std::string> environment = {};  // NAME=VALUE, added to that of this process
+  bool terminal = false;  // standard output is a terminal that passes everything on as it is
 };
 
 /// Runs `command` (file name, then arguments). Aborts the test program when it cannot be started.

@@ -37,19 +37,16 @@ IPAV_EXPORT int lib_init(void** out);
 
 /// Writes the context name, "ip_app_validation", into `buf`.
 ///
-/// @param size  bytes that `buf` holds: the name is cut to size - 1 bytes, and nothing is written
-/// when it is 0
+/// @param size  bytes that `buf` holds: the name is cut to size - 1 bytes; 0 writes nothing
 /// @returns 0, always.
 IPAV_EXPORT int get_validation_point(char* buf, int size);
 
 /// Judges the transaction from the point of view of one validation point.
 ///
-/// @param tctx     v_opaque, vcb_opaque, thandle and validate_opaque are read. validate_opaque
-/// names the validation
-///                 point: the first table name with which it begins; never null
+/// @param tctx     v_opaque, vcb_opaque, thandle and validate_opaque are read. validate_opaque is
+///                 never null and begins with the name of the validation point
 /// @param keypath  the node that carries the validation point, in the shape that the point needs
-/// @param newval   never null, though no check looks at it; for a node without a value any value
-/// will do
+/// @param newval   not looked at but never null: a node without a value gets any value
 /// @returns 0 accepted, -1 refused. A refusal has set the transaction's error text, one finished
 /// sentence, with confd_trans_seterr; the only refusals without a text are: a null argument, no
 /// MAAPI socket, an unknown validation point. An accepted call leaves the error text alone.

@@ -1,12 +1,76 @@
 #include "config.h"
 
-#include <algorithm>
+#include <netinet/in.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "confd_maapi.h"
 #include "static_route_config.h"
 #include "type_test.h"
 #include "velmor-ip-app.h"
+#include "vrfid/vrfid.h"
+#include "ztmw.h"
 
 namespace ip_application::config_valid {
+namespace {
+
+// The VRF of an interface or route that names none.
+constexpr char kGlobalVrf[] = "global";
+
+const std::string kVrfConfigPath = "/velmor-internal:internal/velmor-internal:vrf-config";
+const std::string kL3Path = "/config/interface/ipapp:l3";
+const std::string kLoPath = "/config/interface/ipapp:loopback";
+const std::string kMgmtPath = "/config/interface/ipapp:mgmt";
+
+constexpr size_t kKeyTextSize = 256;       // bytes, with the zero behind the text
+constexpr size_t kFaultMessageSize = 350;  // likewise
+
+// The first N bytes of a C_BINARY; zero where there are none, and for any other type.
+template <size_t N>
+std::array<uint8_t, N> BinaryBytes(const confd_value_t& v) {
+  std::array<uint8_t, N> bytes{};
+  if (v.type == C_BINARY) {
+    memcpy(bytes.data(), CONFD_GET_BINARY_PTR(&v), std::min<size_t>(N, CONFD_GET_BINARY_SIZE(&v)));
+  }
+  return bytes;
+}
+
+// Calls `take` with the cursor for every entry of the list. The cursor is destroyed on every way
+// out. Deliberate: no result of the cursor calls is looked at; a cursor that failed has no entry.
+template <typename Take>
+void ForEachEntry(int sock, int thandle, const std::string& list_path, Take take) {
+  maapi_cursor cursor{};
+  struct CursorEnd {
+    maapi_cursor* cursor;
+    ~CursorEnd() { maapi_destroy_cursor(cursor); }
+  };
+  maapi_init_cursor(sock, thandle, &cursor, "%s", list_path.c_str());
+  const CursorEnd end{&cursor};
+  for (maapi_get_next(&cursor); cursor.n != 0; maapi_get_next(&cursor)) take(cursor);
+}
+
+std::string KeyText(const confd_value_t& key) {
+  char text[kKeyTextSize];
+  confd_pp_value(text, sizeof(text), &key);
+  return text;
+}
+
+// Reports an unspecified address. `format` takes what identifies the place of the address.
+void ReportUnspecified(const char* format, const std::string& place, const char* function,
+                       int line) {
+  char message[kFaultMessageSize];
+  snprintf(message, sizeof(message), format, place.c_str());
+  ztmw_gen_fault(0, function, "src/lib/config", line, message);
+}
+
+// Path of a leaf of one list entry. Deliberate: the key goes in as it is, without quoting.
+std::string EntryPath(const std::string& list_path, const std::string& key, const char* suffix) {
+  return list_path + "{" + key + suffix;
+}
+
+}  // namespace
 
 void GenericConfig::ReadConfigIfNeeded(ConfigAddrFamily family) {
   if (family != ConfigAddrFamily::IPv4 && family != ConfigAddrFamily::IPv6) return;
@@ -16,13 +80,235 @@ void GenericConfig::ReadConfigIfNeeded(ConfigAddrFamily family) {
   read = true;
 }
 
-// The tables have no readers yet and stay empty.
+bool GenericConfig::Exists(const std::string& path) const {
+  return maapi_exists(sock_, trans_->thandle, "%s", path.c_str()) == 1;
+}
 
-void L3Config::ReadConfig(ConfigAddrFamily /*family*/) {}
+nettypes::IPv4AddrMask GenericConfig::get_ipv4_addr_mask(const std::string& path) const {
+  nettypes::IPv4AddrMask mask;
+  confd_ipv4_prefix prefix;
+  if (!Exists(path) || maapi_get_ipv4_and_plen_elem(sock_, trans_->thandle, &prefix, "%s",
+                                                    path.c_str()) != CONFD_OK) {
+    return mask;
+  }
+  mask.set_addr(nettypes::IPv4Addr(ntohl(prefix.ip.s_addr)));
+  mask.set_prefix_len(prefix.len);
+  return mask;
+}
 
-void LoConfig::ReadConfig(ConfigAddrFamily /*family*/) {}
+nettypes::IPv6AddrMask GenericConfig::get_ipv6_addr_mask(const std::string& path) const {
+  nettypes::IPv6AddrMask mask;
+  confd_ipv6_prefix prefix;
+  if (!Exists(path) || maapi_get_ipv6_and_plen_elem(sock_, trans_->thandle, &prefix, "%s",
+                                                    path.c_str()) != CONFD_OK) {
+    return mask;
+  }
+  mask.set_addr(nettypes::IPv6Addr(std::to_array(prefix.ip6.s6_addr)));
+  mask.set_prefix_len(prefix.len);
+  return mask;
+}
 
-void MgmtConfig::ReadConfig(ConfigAddrFamily /*family*/) {}
+nettypes::IPv4Addr GenericConfig::get_ipv4_addr(const confd_value_t& v) const {
+  const std::array<uint8_t, 4> bytes = BinaryBytes<4>(v);
+  return nettypes::IPv4Addr(uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 |
+                            uint32_t{bytes[2]} << 8 | uint32_t{bytes[3]});
+}
+
+nettypes::IPv6Addr GenericConfig::get_ipv6_addr(const confd_value_t& v) const {
+  return nettypes::IPv6Addr(BinaryBytes<16>(v));
+}
+
+nettypes::IPv4AddrMask GenericConfig::get_ipv4_addr_mask(const confd_value_t& addr,
+                                                         const confd_value_t& prefix) const {
+  if (addr.type != C_BINARY || prefix.type != C_INT32) return {};
+  return {get_ipv4_addr(addr), static_cast<uint8_t>(CONFD_GET_INT32(&prefix))};
+}
+
+nettypes::IPv6AddrMask GenericConfig::get_ipv6_addr_mask(const confd_value_t& addr,
+                                                         const confd_value_t& prefix) const {
+  if (addr.type != C_BINARY || prefix.type != C_INT32) return {};
+  return {get_ipv6_addr(addr), static_cast<uint8_t>(CONFD_GET_INT32(&prefix))};
+}
+
+limid_t GenericConfig::get_intf_lim_id(const std::string& path) const {
+  confd_value_t confd_if_index;
+  if (!Exists(path) ||
+      maapi_get_elem(sock_, trans_->thandle, &confd_if_index, "%s", path.c_str()) != CONFD_OK) {
+    return {};
+  }
+  IPAV_REQUIRE_TYPE(confd_if_index, C_INT32, "(&confd_if_index)->type == C_INT32", "src/lib/config",
+                    196);
+  return limid_l3_vlan_from_components(CONFD_GET_INT32(&confd_if_index));
+}
+
+std::string GenericConfig::get_vrf_name(const std::string& path) const {
+  if (!Exists(path)) return kGlobalVrf;
+  std::string name;
+  confd_value_t l3_vrf_name;
+  CONFD_SET_NOEXISTS(&l3_vrf_name);
+  if (maapi_get_elem(sock_, trans_->thandle, &l3_vrf_name, "%s", path.c_str()) == CONFD_OK) {
+    IPAV_REQUIRE_TYPE(l3_vrf_name, C_BUF, "(&l3_vrf_name)->type == C_BUF", "src/lib/config", 214);
+    name = CONFD_GET_CBUFPTR(&l3_vrf_name);
+  }
+  confd_free_value(&l3_vrf_name);
+  return name;
+}
+
+std::string GenericConfig::get_vrf_name_from_id(const confd_value_t& id) const {
+  std::string name = kGlobalVrf;
+  if (id.type != C_UINT32) return name;
+  const std::string path = kVrfConfigPath + "/indexTOstring{" +
+                           std::to_string(IdVrfFromComponent(CONFD_GET_UINT32(&id))) + "}/vname";
+  // The path is itself the format; it holds no "%".
+  if (maapi_exists(sock_, trans_->thandle, path.c_str()) != 1) return name;
+  confd_value_t vrf;
+  CONFD_SET_NOEXISTS(&vrf);
+  if (maapi_get_elem(sock_, trans_->thandle, &vrf, path.c_str()) != CONFD_ERR) {
+    IPAV_REQUIRE_TYPE(vrf, C_BUF, "(&vrf)->type == C_BUF", "src/lib/config", 236);
+    name = CONFD_GET_CBUFPTR(&vrf);
+  }
+  confd_free_value(&vrf);
+  return name;
+}
+
+std::string GenericConfig::get_hex_from_bin(const confd_value_t& v) const {
+  if (v.type != C_BINARY) return "";
+  static constexpr char kDigits[] = "0123456789abcdef";
+  const unsigned char* bytes = CONFD_GET_BINARY_PTR(&v);
+  std::string text;
+  unsigned int i = 0;
+  // Deliberate: the first byte is written whatever the size. ConfD keeps a zero byte behind the
+  // data, so an empty binary reads "00".
+  do {
+    if (i > 0) text.push_back(':');
+    text.push_back(kDigits[bytes[i] >> 4]);
+    text.push_back(kDigits[bytes[i] & 0x0f]);
+  } while (++i < CONFD_GET_BINARY_SIZE(&v));
+  return text;
+}
+
+std::list<std::string> GenericConfig::get_key_list(const std::string& list_path) const {
+  std::list<std::string> keys;
+  if (!Exists(list_path)) return keys;
+  ForEachEntry(sock_, trans_->thandle, list_path,
+               [&keys](const maapi_cursor& entry) { keys.push_back(KeyText(entry.keys[0])); });
+  return keys;
+}
+
+std::list<std::vector<std::string>> GenericConfig::get_key_list(const std::string& list_path,
+                                                                unsigned int nkeys) const {
+  std::list<std::vector<std::string>> keys;
+  if (!Exists(list_path)) return keys;
+  ForEachEntry(sock_, trans_->thandle, list_path, [&keys, nkeys](const maapi_cursor& entry) {
+    std::vector<std::string>& texts = keys.emplace_back();
+    for (unsigned int i = 0; i < nkeys; ++i) texts.push_back(KeyText(entry.keys[i]));
+  });
+  return keys;
+}
+
+std::list<nettypes::IPv4AddrMask> GenericConfig::get_intf_ipv4_addr_mask_list(
+    const std::string& list_path) const {
+  std::list<nettypes::IPv4AddrMask> masks;
+  for (const std::string& key : get_key_list(list_path)) {
+    const nettypes::IPv4AddrMask mask = get_ipv4_addr_mask(EntryPath(list_path, key, "}/ip"));
+    if (mask.IsUnspecified()) {
+      ReportUnspecified("Unspecified IPv4 address for key '%s'", key,
+                        "get_intf_ipv4_addr_mask_list", 301);
+    } else {
+      masks.push_back(mask);
+    }
+  }
+  return masks;
+}
+
+std::list<nettypes::IPv6AddrMask> GenericConfig::get_intf_ipv6_addr_mask_list(
+    const std::string& list_path) const {
+  std::list<nettypes::IPv6AddrMask> masks;
+  for (const std::string& key : get_key_list(list_path)) {
+    const nettypes::IPv6AddrMask mask = get_ipv6_addr_mask(EntryPath(list_path, key, "}/ip"));
+    if (mask.IsUnspecified()) {
+      ReportUnspecified("Unspecified IPv6 address for key '%s'", key,
+                        "get_intf_ipv6_addr_mask_list", 327);
+    } else {
+      masks.push_back(mask);
+    }
+  }
+  return masks;
+}
+
+Interface* InterfaceConfig::FindByName(const std::string& name) {
+  for (; indexed_ < interfaces_.size(); ++indexed_) {
+    positions_.emplace(interfaces_[indexed_].name, indexed_);
+  }
+  const auto position = positions_.find(name);
+  return position == positions_.end() ? nullptr : &interfaces_[position->second];
+}
+
+void InterfaceConfig::MergeConfigAndInsert(const Interface& intf) {
+  Interface* known = FindByName(intf.name);
+  if (known == nullptr) {
+    interfaces_.push_back(intf);
+  } else if (known->ipv4_addr_list.empty() && !intf.ipv4_addr_list.empty()) {
+    known->ipv4_addr_list = intf.ipv4_addr_list;
+  } else if (known->ipv6_addr_list.empty() && !intf.ipv6_addr_list.empty()) {
+    known->ipv6_addr_list = intf.ipv6_addr_list;
+  }
+}
+
+void L3Config::ReadConfig(ConfigAddrFamily family) {
+  for (const std::string& key : get_key_list(kL3Path)) {
+    const auto path = [&key](const char* suffix) { return EntryPath(kL3Path, key, suffix); };
+    Interface intf;
+    if (family == ConfigAddrFamily::IPv4) {
+      const nettypes::IPv4AddrMask primary = get_ipv4_addr_mask(path("}/ipv4/address/ip"));
+      intf.ipv4_addr_list = get_intf_ipv4_addr_mask_list(path("}/ipv4/address/secondary"));
+      if (!primary.IsUnspecified()) intf.ipv4_addr_list.push_front(primary);
+    } else if (family == ConfigAddrFamily::IPv6) {
+      intf.ipv6_addr_list = get_intf_ipv6_addr_mask_list(path("}/ipv6/address"));
+    }
+    intf.lim_id = get_intf_lim_id(path("}/lower-layer-if/vlan"));
+    intf.vrf_name = get_vrf_name(path("}/vrf"));
+    intf.name = "l3 " + key;
+    MergeConfigAndInsert(intf);
+  }
+}
+
+void LoConfig::ReadConfig(ConfigAddrFamily family) {
+  for (const std::string& key : get_key_list(kLoPath)) {
+    const auto path = [&key](const char* suffix) { return EntryPath(kLoPath, key, suffix); };
+    Interface intf;
+    if (family == ConfigAddrFamily::IPv4) {
+      intf.ipv4_addr_list = get_intf_ipv4_addr_mask_list(path("}/ipv4/address"));
+    } else if (family == ConfigAddrFamily::IPv6) {
+      intf.ipv6_addr_list = get_intf_ipv6_addr_mask_list(path("}/ipv6/address"));
+    }
+    intf.vrf_name = get_vrf_name(path("}/vrf"));
+    intf.name = "loopback " + key;
+    MergeConfigAndInsert(intf);
+  }
+}
+
+void MgmtConfig::ReadConfig(ConfigAddrFamily family) {
+  for (const std::string& key : get_key_list(kMgmtPath)) {
+    const auto path = [&key](const char* suffix) { return EntryPath(kMgmtPath, key, suffix); };
+    Interface intf;
+    if (family == ConfigAddrFamily::IPv4) {
+      const nettypes::IPv4AddrMask address = get_ipv4_addr_mask(path("}/ipv4/address/ip"));
+      if (address.IsUnspecified()) {
+        // Deliberate: the text names the unspecified address and not the key.
+        ReportUnspecified("Unspecified IPv4 address for key '%s'", address.to_string(),
+                          "ReadConfig", 475);
+      } else {
+        intf.ipv4_addr_list.push_back(address);
+      }
+    } else if (family == ConfigAddrFamily::IPv6) {
+      intf.ipv6_addr_list = get_intf_ipv6_addr_mask_list(path("}/ipv6/address"));
+    }
+    intf.vrf_name = get_vrf_name(path("}/vrf"));
+    intf.name = "mgmt " + key;
+    MergeConfigAndInsert(intf);
+  }
+}
 
 void Ospfv2Config::ReadConfig(ConfigAddrFamily /*family*/) {}
 

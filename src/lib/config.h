@@ -10,6 +10,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "confd_dp.h"
@@ -46,10 +47,67 @@ class GenericConfig {
   /// reads again.
   void ReadConfigIfNeeded(ConfigAddrFamily family);
 
+  // Reads of single values and key lists from the candidate, through sock_ and trans_. Paths are
+  // absolute keypath texts. A value that is absent or cannot be read is no error: each read gives
+  // the default that it names. A value of another ConfD type than the data model promises ends the
+  // process.
+
+  /// The address and prefix length at `path`; the unspecified mask when absent or unreadable.
+  nettypes::IPv4AddrMask get_ipv4_addr_mask(const std::string& path) const;
+  nettypes::IPv6AddrMask get_ipv6_addr_mask(const std::string& path) const;
+
+  /// The address in a C_BINARY of 4 or 16 bytes in network byte order; the all-zero address for any
+  /// other type. Missing bytes count as zero, bytes behind the address do not count.
+  nettypes::IPv4Addr get_ipv4_addr(const confd_value_t& v) const;
+  nettypes::IPv6Addr get_ipv6_addr(const confd_value_t& v) const;
+
+  /// The same with the prefix length in a C_INT32; the unspecified mask when either has another
+  /// type.
+  nettypes::IPv4AddrMask get_ipv4_addr_mask(const confd_value_t& addr,
+                                            const confd_value_t& prefix) const;
+  nettypes::IPv6AddrMask get_ipv6_addr_mask(const confd_value_t& addr,
+                                            const confd_value_t& prefix) const;
+
+  /// Identifier of the L3 interface on the VLAN at `path`, a C_INT32; zero when absent or
+  /// unreadable.
+  limid_t get_intf_lim_id(const std::string& path) const;
+
+  /// The VRF name at `path`, a C_BUF, up to its first zero byte. "global" when the leaf does not
+  /// exist; empty when it exists and cannot be read.
+  std::string get_vrf_name(const std::string& path) const;
+
+  /// Name of the VRF behind a forwarding-table index.
+  ///
+  /// @param id  C_UINT32; any other type gives "global" without a read
+  /// @returns  "global" also when the index has no name
+  /// Source: candidate, /velmor-internal:internal/vrf-config/indexTOstring{index}/vname.
+  std::string get_vrf_name_from_id(const confd_value_t& id) const;
+
+  /// Bytes of a C_BINARY as two lower-case hex digits each, joined by ":" ("0a:ff"); empty for any
+  /// other type.
+  std::string get_hex_from_bin(const confd_value_t& v) const;
+
+  /// First key of every entry of a list as text of at most 255 bytes, in the list's order.
+  std::list<std::string> get_key_list(const std::string& list_path) const;
+
+  /// The first `nkeys` keys of every entry, likewise. REQUIRES: the list has that many.
+  std::list<std::vector<std::string>> get_key_list(const std::string& list_path,
+                                                   unsigned int nkeys) const;
+
+  /// The leaf `ip` of every entry of an address list, in the list's order. An entry whose address
+  /// is unspecified is left out and reported as a fault.
+  std::list<nettypes::IPv4AddrMask> get_intf_ipv4_addr_mask_list(
+      const std::string& list_path) const;
+  std::list<nettypes::IPv6AddrMask> get_intf_ipv6_addr_mask_list(
+      const std::string& list_path) const;
+
   int sock_ = -1;                     ///< MAAPI socket, -1 until bound
   confd_trans_ctx* trans_ = nullptr;  ///< its thandle goes into every MAAPI call; null until bound
   bool ipv4_read_ = false;
   bool ipv6_read_ = false;
+
+ private:
+  bool Exists(const std::string& path) const;
 };
 
 /// One interface. Copyable.
@@ -66,7 +124,7 @@ struct Interface {
   std::string vrf_name;
   /// The lower layer of an L3 interface; zero for the other kinds and for an L3 interface without
   /// VLAN.
-  limid_t lim_id;
+  limid_t lim_id{};
 };
 
 /// A table of interfaces of one kind.
@@ -74,8 +132,20 @@ class InterfaceConfig : public GenericConfig {
  public:
   explicit InterfaceConfig(InterfaceType type) : type_(type) {}
 
+  /// Adds what was read of one interface for one address family. A new name is appended. Of a known
+  /// one only a list of addresses that is still empty is filled, the IPv4 list before the IPv6
+  /// list and never both; everything else stays as it was first read.
+  void MergeConfigAndInsert(const Interface& intf);
+
   std::vector<Interface> interfaces_;  ///< in the order of first insertion; names are unique
   const InterfaceType type_;
+
+ private:
+  Interface* FindByName(const std::string& name);
+
+  // Position by name of the first `indexed_` entries; the rest is added when a name is looked up.
+  std::unordered_map<std::string, size_t> positions_;
+  size_t indexed_ = 0;
 };
 
 /// The list /config/interface/l3.
@@ -129,9 +199,8 @@ class Config {
 
   /// The interface list at which a keypath ends.
   ///
-  /// @param keypath  v[0][0] is looked at and must be a C_XMLTAG, the tag of a list without keys;
-  /// otherwise the process
-  ///                 ends. Its namespace plays no part.
+  /// @param keypath  v[0][0] must be a C_XMLTAG, the tag of a list without keys; otherwise the
+  ///                 process ends. Its namespace plays no part.
   /// @returns Invalid for an empty keypath and for any other tag.
   static InterfaceType intf_type_from_confd_path(confd_hkeypath_t* keypath);
 

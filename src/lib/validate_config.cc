@@ -1,7 +1,9 @@
 #include "validate_config.h"
 
 #include <cstdio>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "config.h"
 #include "ip_app_validation/ip_app_validation.h"
@@ -9,8 +11,11 @@
 #include "ztconfd.h"
 
 using ip_application::config_valid::Config;
+using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::ValidateConfig;
 using ip_application::config_valid::validation_point_table;
 using ip_application::config_valid::ValidationPoint;
+using ip_application::config_valid::Verdict;
 
 namespace ip_application::config_valid {
 
@@ -27,6 +32,55 @@ const std::array<ValidationPoint, 11> validation_point_table = {{
     {validate_route_l3_intf, "static_route_l3_intf_validation"},
     {validate_lower_layer_cross_prot, "lower_layer_prot_cross_validation"},
 }};
+
+namespace {
+
+constexpr size_t kMaxL3Interfaces = 256;
+constexpr size_t kMaxL3NameLength = 60;  // bytes
+constexpr size_t kMinL3NameLength = 1;   // bytes
+constexpr char kL3NameCharacters[] =
+    "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
+
+// The list key in a display name: what stands behind its first blank.
+std::string KeyOf(const std::string& display_name) {
+  return display_name.substr(display_name.find(' ') + 1);  // the whole name if there is no blank
+}
+
+}  // namespace
+
+int ValidateConfig::ValidateInterfaceL3(const Config& cfg) {
+  const std::vector<Interface>& interfaces = cfg.l3_config_.interfaces_;
+  if (interfaces.size() > kMaxL3Interfaces) {
+    error_ = "too many 'interface l3', " + std::to_string(interfaces.size()) +
+             " configured, at most " + std::to_string(kMaxL3Interfaces) + " must be configured";
+    return -1;
+  }
+  for (const Interface& intf : interfaces) {
+    const std::string key = KeyOf(intf.name);
+    if (key.size() > kMaxL3NameLength) {
+      error_ = "L3 interface name " + key +
+               " is too long (maximum length: " + std::to_string(kMaxL3NameLength) + " characters)";
+      return -1;
+    }
+    if (key.size() < kMinL3NameLength) {
+      error_ = "L3 interface name " + key +
+               " is too short (minimum length: " + std::to_string(kMinL3NameLength) + " character)";
+      return -1;
+    }
+    if (key.find_first_not_of(kL3NameCharacters) != std::string::npos) {
+      error_ = "L3 interface name " + key +
+               " contains invalid characters (allowed characters: 0-9, a-z, A-Z, _, -)";
+      return -1;
+    }
+  }
+  return 0;
+}
+
+int Verdict(confd_trans_ctx* tctx, const ValidateConfig& checker, int result) {
+  if (result == 0) return 0;
+  confd_trans_seterr(tctx, "%s", checker.error_.c_str());
+  return -1;
+}
 
 }  // namespace ip_application::config_valid
 
@@ -82,8 +136,9 @@ int lib_finish(void** ctx) {
   return 0;
 }
 
-int validate_intf_l3_name(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
-                          confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                          Config& /*cfg*/) {
-  return 0;  // checks nothing yet
+int validate_intf_l3_name(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* /*keypath*/,
+                          confd_value_t* /*newval*/, Config& cfg) {
+  cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  ValidateConfig checker;
+  return Verdict(tctx, checker, checker.ValidateInterfaceL3(cfg));
 }

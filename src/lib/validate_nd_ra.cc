@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "confd_maapi.h"
@@ -15,23 +16,21 @@ namespace {
 // RFC 4861, section 6.2.1: MinRtrAdvInterval is at most three quarters of MaxRtrAdvInterval.
 constexpr double kMinIntervalShare = 0.75;
 
-// One interface and the container of its router-advertisement leaves.
+// The container of an interface's router-advertisement leaves.
 struct RaContainer {
-  uint32_t list_tag;
-  std::string path;  // with the final slash; empty when the list is neither mgmt nor l3
-
-  bool is_mgmt() const { return list_tag == ipapp_mgmt; }
+  bool is_mgmt;
+  std::string path;  // with the final slash
 };
 
+// Nothing when the interface is in neither of the two lists.
 // REQUIRES: keypath->v[3][0] is a C_BUF, keypath->v[4][0] a C_XMLTAG.
-RaContainer FindRaContainer(const confd_hkeypath_t* keypath) {
+std::optional<RaContainer> FindRaContainer(const confd_hkeypath_t* keypath) {
   const std::string name = CONFD_GET_CBUFPTR(&keypath->v[3][0]);  // up to its first zero byte
   const uint32_t list_tag = CONFD_GET_XMLTAG(&keypath->v[4][0]);
-  std::string list;
-  if (list_tag == ipapp_mgmt) list = "mgmt{";
-  if (list_tag == ipapp_l3) list = "l3{";
-  if (list.empty()) return {list_tag, ""};
-  return {list_tag, "/config/interface/" + list + name + "}/ipv6/nd/ra/"};
+  const bool is_mgmt = list_tag == ipapp_mgmt;
+  if (!is_mgmt && list_tag != ipapp_l3) return std::nullopt;
+  const std::string list = is_mgmt ? "mgmt{" : "l3{";
+  return RaContainer{is_mgmt, "/config/interface/" + list + name + "}/ipv6/nd/ra/"};
 }
 
 // In the calls below the assembled path is itself the format.
@@ -66,14 +65,14 @@ int validate_ipv6_nd_ra_interval(int maapi_sock, confd_trans_ctx* tctx, confd_hk
                     "src/lib/validate_nd_ra", 32);
   IPAV_REQUIRE_TYPE(keypath->v[4][0], C_XMLTAG, "(&keypath->v[4][0])->type == C_XMLTAG",
                     "src/lib/validate_nd_ra", 33);
-  const RaContainer ra = FindRaContainer(keypath);
-  if (ra.path.empty()) {
+  const std::optional<RaContainer> ra = FindRaContainer(keypath);
+  if (!ra) {
     confd_trans_seterr(tctx, "invalid interface being handled by IP-App validation");
     return -1;
   }
 
-  const std::string max_path = ra.path + "max-interval";
-  const std::string min_path = ra.path + "min-interval";
+  const std::string max_path = ra->path + "max-interval";
+  const std::string min_path = ra->path + "min-interval";
   if (NeitherExists(maapi_sock, tctx, max_path, min_path)) return 0;
 
   uint16_t max_interval = 0;
@@ -99,14 +98,14 @@ int validate_ipv6_nd_ra_lifetime(int maapi_sock, confd_trans_ctx* tctx, confd_hk
                     "src/lib/validate_nd_ra", 84);
   IPAV_REQUIRE_TYPE(keypath->v[4][0], C_XMLTAG, "(&keypath->v[4][0])->type == C_XMLTAG",
                     "src/lib/validate_nd_ra", 85);
-  const RaContainer ra = FindRaContainer(keypath);
-  if (ra.path.empty()) {
+  const std::optional<RaContainer> ra = FindRaContainer(keypath);
+  if (!ra) {
     confd_trans_seterr(tctx, "invalid interface being handled by IP-App validation");
     return -1;
   }
 
-  const std::string max_path = ra.path + "max-interval";
-  const std::string lifetime_path = ra.path + "lifetime";
+  const std::string max_path = ra->path + "max-interval";
+  const std::string lifetime_path = ra->path + "lifetime";
   if (NeitherExists(maapi_sock, tctx, max_path, lifetime_path)) return 0;
 
   uint16_t max_interval = 0;
@@ -116,7 +115,7 @@ int validate_ipv6_nd_ra_lifetime(int maapi_sock, confd_trans_ctx* tctx, confd_hk
   }
   // Deliberate: the lifetime of a management interface is not compared, although its maximum
   // interval has to be readable.
-  if (ra.is_mgmt()) return 0;
+  if (ra->is_mgmt) return 0;
 
   uint16_t lifetime = 0;
   if (!ReadSeconds(maapi_sock, tctx, lifetime_path, &lifetime)) {

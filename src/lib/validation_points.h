@@ -78,9 +78,8 @@ IPAV_EXPORT int validate_lower_layer_cross_prot(int maapi_sock, confd_trans_ctx*
 /// Router-advertisement minimum interval and lifetime, each against the maximum interval.
 ///
 /// @param keypath  that of the container ipv6/nd/ra of an interface: v[3][0] is the interface's
-/// name, a C_BUF, and
-///                 v[4][0] the tag of its list: l3 or mgmt. Any other type of these two ends the
-///                 process.
+///                 name, a C_BUF, and v[4][0] the tag of its list, l3 or mgmt. Any other type of
+///                 these two ends the process.
 IPAV_EXPORT int validate_ipv6_nd_ra_interval(int maapi_sock, confd_trans_ctx* tctx,
                                              confd_hkeypath_t* keypath, confd_value_t* newval,
                                              ip_application::config_valid::Config& cfg);

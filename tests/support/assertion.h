@@ -8,11 +8,12 @@
 
 namespace tests {
 
-/// Matches a line "<program>: <source>:<line>: <return type> <function>(<types>): Assertion
-/// `<text>' failed."
-/// @param where  "<source>:<line>"
-/// @param function  return type and qualified name; compilers write the types of arguments
-/// differently
+/// Matches a line
+///   <program>: <source>:<line>: <return type> <function>(<types>): Assertion `<text>' failed.
+///
+/// @param where     "<source>:<line>"
+/// @param function  return type and qualified name, without the types of the arguments: compilers
+///                  write them differently
 inline auto AssertionFailure(const std::string& where, const std::string& function,
                              const std::string& text) {
   return testing::AllOf(testing::HasSubstr(": " + where + ": " + function + "("),

@@ -68,7 +68,7 @@ int maapi_get_u_int16_elem(int sock, int thandle, uint16_t* rval, const char* fm
   va_end(args);
   tests::Installed().Record(tests::CallText("maapi_get_u_int16_elem", sock, thandle, fmt));
   const tests::FakeLeaf leaf = tests::Installed().Find(path);
-  if (!leaf.value.has_value()) return CONFD_ERR;
+  if (!leaf.value.has_value()) return leaf.failure;
   *rval = *leaf.value;
   return CONFD_OK;
 }

@@ -19,6 +19,7 @@ namespace tests {
 struct FakeLeaf {
   int exists = 0;                 ///< result of maapi_exists
   std::optional<uint16_t> value;  ///< without one, a read fails and leaves its argument alone
+  int failure = CONFD_ERR;        ///< result of a read that fails
 };
 
 /// Takes the calls while it lives; one at a time.

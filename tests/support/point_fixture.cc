@@ -4,17 +4,8 @@
 
 #include <stdexcept>
 #include <string_view>
-
-#include "confd_dp.h"
-
 namespace tests {
 namespace {
-
-struct Module {
-  int (*lib_init)(void**);
-  int (*validate)(confd_trans_ctx*, confd_hkeypath_t*, confd_value_t*);
-  int (*lib_finish)(void**);
-};
 
 template <typename Function>
 void Look(void* handle, const char* name, Function& function) {
@@ -22,25 +13,25 @@ void Look(void* handle, const char* name, Function& function) {
   if (function == nullptr) throw std::runtime_error(dlerror());
 }
 
-// Stays loaded for the life of the program.
-const Module& LoadedModule() {
-  static const Module module = [] {
-    void* handle = dlopen(IPAV_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) throw std::runtime_error(dlerror());
-    Module loaded{};
-    Look(handle, "lib_init", loaded.lib_init);
-    Look(handle, "validate", loaded.validate);
-    Look(handle, "lib_finish", loaded.lib_finish);
-    return loaded;
-  }();
-  return module;
-}
-
 std::string Member(const char* name, const std::string& entries) {
   return "\"" + std::string(name) + "\":[" + entries + "]";
 }
 
 }  // namespace
+
+const Module& LoadedModule() {
+  static const Module module = [] {
+    Module loaded{};
+    loaded.handle = dlopen(IPAV_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    if (loaded.handle == nullptr) throw std::runtime_error(dlerror());
+    Look(loaded.handle, "lib_init", loaded.lib_init);
+    Look(loaded.handle, "get_validation_point", loaded.get_validation_point);
+    Look(loaded.handle, "validate", loaded.validate);
+    Look(loaded.handle, "lib_finish", loaded.lib_finish);
+    return loaded;
+  }();
+  return module;
+}
 
 std::shared_ptr<const confd::Schema> DataModel() {
   static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
@@ -91,6 +82,12 @@ void PointTest::RenewConfig() {
   registry_.Register("ip_app_validation", config_);
 }
 
+void PointTest::Fill(confd_trans_ctx* context) {
+  context->thandle = thandle_;
+  context->vcb_opaque = &daemon_;
+  context->v_opaque = &registry_;
+}
+
 std::string PointTest::Validate(const std::string& opaque, const std::string& path) {
   confd::Keypath keypath(*candidate_, path);
   return Validate(opaque, keypath);
@@ -99,9 +96,7 @@ std::string PointTest::Validate(const std::string& opaque, const std::string& pa
 std::string PointTest::Validate(const std::string& opaque, confd::Keypath& keypath) {
   confd::TransactionContext context;
   std::string opaque_text = opaque;
-  context.get()->thandle = thandle_;
-  context.get()->vcb_opaque = &daemon_;
-  context.get()->v_opaque = &registry_;
+  Fill(context.get());
   context.get()->validate_opaque = opaque_text.data();
   confd_value_t value{};
   CONFD_SET_XMLTAG(&value, 0, 0);

@@ -12,9 +12,22 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd_dp.h"
 #include "framework/host.h"
 
 namespace tests {
+
+/// The module's entry points, and its handle for dlsym.
+struct Module {
+  void* handle;
+  int (*lib_init)(void**);
+  int (*get_validation_point)(char*, int);
+  int (*validate)(confd_trans_ctx*, confd_hkeypath_t*, confd_value_t*);
+  int (*lib_finish)(void**);
+};
+
+/// Stays loaded for the life of the program.
+const Module& LoadedModule();
 
 /// The project's data model.
 std::shared_ptr<const confd::Schema> DataModel();
@@ -22,15 +35,15 @@ std::shared_ptr<const confd::Schema> DataModel();
 /// A device configuration as JSON text. Each argument is the inside of a JSON array, for example
 /// R"({"name":"7","vrf":"red"})" for one L3 interface.
 struct Device {
-  std::string l3;
-  std::string loopback;
-  std::string mgmt;
-  std::string vrfs;            ///< entries of indexTOstring
-  std::string routes;          ///< entries of rtmStaticRtEntry
-  std::string route_outputs;   ///< entries of rtmStaticRtEntry-global
-  std::string ospf;            ///< entries of ospf-interface-l3
-  std::string ospf_processes;  ///< entries of ospf-index-to-proc-id
-  std::string ospfv3;          ///< entries of ospfv3-interface-l3
+  std::string l3 = {};
+  std::string loopback = {};
+  std::string mgmt = {};
+  std::string vrfs = {};            ///< entries of indexTOstring
+  std::string routes = {};          ///< entries of rtmStaticRtEntry
+  std::string route_outputs = {};   ///< entries of rtmStaticRtEntry-global
+  std::string ospf = {};            ///< entries of ospf-interface-l3
+  std::string ospf_processes = {};  ///< entries of ospf-index-to-proc-id
+  std::string ospfv3 = {};          ///< entries of ospfv3-interface-l3
 
   std::string Json() const;
 };
@@ -57,6 +70,9 @@ class PointTest : public testing::Test {
   /// @returns "accepted", "refused" (without a text), or the text of the refusal
   std::string Validate(const std::string& opaque, const std::string& path);
   std::string Validate(const std::string& opaque, confd::Keypath& keypath);
+
+  /// Fills `context` as the daemon does before it calls `validate`, but for validate_opaque.
+  void Fill(confd_trans_ctx* context);
 
   const confd::Snapshot& candidate() const { return *candidate_; }
 

@@ -3,15 +3,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <memory>
 #include <ostream>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "static_route_config.h"
 #include "support/assertion.h"
+#include "support/config_tables.h"
 #include "support/keypath_builder.h"
 #include "velmor-ip-app.h"
 
@@ -19,6 +22,7 @@ namespace ip_application::config_valid {
 namespace {
 
 using testing::ElementsAre;
+using tests::AllTables;
 using tests::KeypathBuilder;
 
 static_assert(static_cast<int>(ConfigAddrFamily::IPv4) == 4);
@@ -34,9 +38,10 @@ static_assert(std::is_abstract_v<GenericConfig> && std::has_virtual_destructor_v
 static_assert(std::is_abstract_v<InterfaceConfig>);
 static_assert(std::is_copy_constructible_v<Interface>);
 
-std::vector<GenericConfig*> AllTables(Config& config) {
-  return {&config.ospfv2_config_, config.static_route_config_.get(), &config.l3_config_,
-          &config.lo_config_, &config.mgmt_config_};
+// Whether these stand in memory in this order.
+bool InOrder(const std::vector<const void*>& members) {
+  return std::adjacent_find(members.begin(), members.end(), std::greater_equal<const void*>()) ==
+         members.end();
 }
 
 // A table that notes what it is asked to read.
@@ -122,6 +127,16 @@ TEST(ConfigConstruction, EveryTableIsUnboundAndUnread) {
   for (const InterfaceConfig* table : config.intf_configs_) {
     EXPECT_TRUE(table->interfaces_.empty());
   }
+}
+
+// The order of the members is that of their construction.
+TEST(ConfigConstruction, MembersStandInTheirOrder) {
+  const Config config;
+  EXPECT_TRUE(InOrder({&config.ospfv2_config_, &config.static_route_config_, &config.l3_config_,
+                       &config.lo_config_, &config.mgmt_config_, &config.intf_configs_}));
+  const L3Config& table = config.l3_config_;
+  EXPECT_TRUE(InOrder({&table, &table.sock_, &table.trans_, &table.ipv4_read_, &table.ipv6_read_,
+                       &table.interfaces_, &table.type_}));
 }
 
 TEST(ConfigConstruction, InterfaceTablesAreSearchedManagementL3Loopback) {

@@ -3,17 +3,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstring>
+#include <iterator>
+#include <memory>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "config.h"
 #include "framework/host.h"
 #include "ip_app_validation/ip_app_validation.h"
 #include "static_route_config.h"
+#include "support/config_tables.h"
 #include "support/fake_maapi.h"
 #include "support/keypath_builder.h"
 #include "validation_points.h"
@@ -24,7 +25,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tests::FakeLeaf;
 using tests::FakeMaapi;
 using tests::KeypathBuilder;
 
@@ -66,10 +66,7 @@ class ValidateEntry : public testing::Test {
   Config& config() { return *static_cast<Config*>(context_); }
 
   void ExpectBound(int sock, const confd_trans_ctx* tctx) {
-    const std::array<const GenericConfig*, 5> tables = {
-        &config().ospfv2_config_, config().static_route_config_.get(), &config().l3_config_,
-        &config().lo_config_, &config().mgmt_config_};
-    for (const GenericConfig* table : tables) {
+    for (const GenericConfig* table : tests::AllTables(config())) {
       EXPECT_EQ(table->sock_, sock);
       EXPECT_EQ(table->trans_, tctx);
     }

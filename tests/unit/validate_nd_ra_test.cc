@@ -7,10 +7,12 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "framework/host.h"
 #include "support/assertion.h"
+#include "support/config_tables.h"
 #include "support/fake_maapi.h"
 #include "support/keypath_builder.h"
 #include "validation_points.h"
@@ -36,6 +38,7 @@ FakeLeaf Configured(uint16_t value) { return {.exists = 1, .value = value}; }
 FakeLeaf Absent() { return {.exists = 0, .value = std::nullopt}; }
 FakeLeaf DefaultOnly(uint16_t value) { return {.exists = 0, .value = value}; }
 FakeLeaf Unreadable() { return {.exists = 1, .value = std::nullopt}; }
+FakeLeaf ReadGivesOne() { return {.exists = 1, .value = std::nullopt, .failure = 1}; }
 FakeLeaf ExistsFails(uint16_t value) { return {.exists = -1, .value = value}; }
 FakeLeaf ExistsIsTwo(uint16_t value) { return {.exists = 2, .value = value}; }
 
@@ -52,6 +55,10 @@ class NdRa : public testing::Test {
   std::string Validate(ValidationPointFn point, uint32_t list_tag, const std::string& name) {
     KeypathBuilder path;
     path.Tag(kRaTag).Tag(kNdTag).Tag(kIpv6Tag).Key(name).Tag(list_tag).Tag(kInterfaceTag);
+    return Validate(point, path);
+  }
+
+  std::string Validate(ValidationPointFn point, KeypathBuilder& path) {
     fake_.error.reset();
     const int result = point(7, &tctx_, path.get(), nullptr, config_);
     if (result == 0) return fake_.error.has_value() ? "accepted with a text" : "accepted";
@@ -158,8 +165,13 @@ const RaCase kIntervalCases[] = {
     {"MaximumUnreadable", ipapp_l3, Unreadable(), Configured(450), kNoMaximum, "?M=M"},
     {"MinimumUnreadable", ipapp_l3, Configured(600), Unreadable(), kNoMinimum, "?M=M=o"},
     {"BothUnreadable", ipapp_l3, Unreadable(), Unreadable(), kNoMaximum, "?M=M"},
-    {"MinimumUnreadableOnManagement", ipapp_mgmt, Configured(600), Unreadable(), kNoMinimum,
+    {"MaximumReadGivesOne", ipapp_l3, ReadGivesOne(), Configured(0), kNoMaximum, "?M=M"},
+    {"MinimumReadGivesOne", ipapp_l3, Configured(600), ReadGivesOne(), kNoMinimum, "?M=M=o"},
+    {"ManagementMaximumUnreadable", ipapp_mgmt, Unreadable(), Configured(450), kNoMaximum, "?M=M"},
+    {"ManagementMinimumUnreadable", ipapp_mgmt, Configured(600), Unreadable(), kNoMinimum,
      "?M=M=o"},
+    {"ManagementOnlyMaximum", ipapp_mgmt, Configured(600), Absent(), kNoMinimum, "?M=M=o"},
+    {"ManagementOnlyMinimum", ipapp_mgmt, Absent(), Configured(450), kNoMaximum, "?M?o=M"},
 };
 
 class Interval : public RaRows {};
@@ -203,6 +215,8 @@ const RaCase kLifetimeCases[] = {
     {"MaximumUnreadable", ipapp_l3, Unreadable(), Configured(601), kNoMaximum, "?M=M"},
     {"LifetimeUnreadable", ipapp_l3, Configured(600), Unreadable(), kNoLifetime, "?M=M=o"},
     {"BothUnreadable", ipapp_l3, Unreadable(), Unreadable(), kNoMaximum, "?M=M"},
+    {"MaximumReadGivesOne", ipapp_l3, ReadGivesOne(), Configured(601), kNoMaximum, "?M=M"},
+    {"LifetimeReadGivesOne", ipapp_l3, Configured(600), ReadGivesOne(), kNoLifetime, "?M=M=o"},
 
     // A management interface's lifetime is never compared, nor read; its maximum interval is read.
     {"ManagementBelowTheMaximum", ipapp_mgmt, Configured(600), Configured(1), "accepted", "?M=M"},
@@ -213,6 +227,8 @@ const RaCase kLifetimeCases[] = {
      "?M?o=M"},
     {"ManagementOnlyLifetime", ipapp_mgmt, Absent(), Configured(601), kNoMaximum, "?M?o=M"},
     {"ManagementMaximumUnreadable", ipapp_mgmt, Unreadable(), Configured(601), kNoMaximum, "?M=M"},
+    {"ManagementMaximumReadGivesOne", ipapp_mgmt, ReadGivesOne(), Configured(601), kNoMaximum,
+     "?M=M"},
 };
 
 class Lifetime : public RaRows {};
@@ -224,16 +240,17 @@ INSTANTIATE_TEST_SUITE_P(Rows, Lifetime, testing::ValuesIn(kLifetimeCases), RowN
 struct PointCase {
   const char* name;
   ValidationPointFn point;
+  const char* other_leaf;
   const char* signature;
-  int name_line;  // of the type test of the interface name; that of the list stands in the next
-                  // line
+  int name_line;  // of the type test of the interface name; the list's has the next number
 };
 
 std::ostream& operator<<(std::ostream& out, const PointCase& c) { return out << c.name; }
 
 const PointCase kPoints[] = {
-    {"Interval", validate_ipv6_nd_ra_interval, "int validate_ipv6_nd_ra_interval", 32},
-    {"Lifetime", validate_ipv6_nd_ra_lifetime, "int validate_ipv6_nd_ra_lifetime", 84},
+    {"Interval", validate_ipv6_nd_ra_interval, "min-interval", "int validate_ipv6_nd_ra_interval",
+     32},
+    {"Lifetime", validate_ipv6_nd_ra_lifetime, "lifetime", "int validate_ipv6_nd_ra_lifetime", 84},
 };
 
 class BothPoints : public NdRa, public testing::WithParamInterface<PointCase> {
@@ -285,11 +302,40 @@ TEST_P(BothPoints, PassThePathAsTheFormat) {
   EXPECT_THAT(framework::TakeLogLines(), IsEmpty());
 }
 
-TEST_P(BothPoints, TouchNoTable) {
-  Validate(GetParam().point, ipapp_l3, "7");
-  for (const auto* table : config_.intf_configs_) {
-    EXPECT_FALSE(table->ipv4_read_ || table->ipv6_read_);
+// The paths are arguments of the log line's format.
+TEST_P(BothPoints, LogTheNameAsItIs) {
+  EXPECT_EQ(Validate(GetParam().point, ipapp_l3, "50%%"), "accepted");
+  const std::string ra = "/config/interface/l3{50%%}/ipv6/nd/ra/";
+  EXPECT_THAT(framework::TakeLogLines(),
+              ElementsAre("There is no path for '" + ra + "max-interval' and '" + ra +
+                          GetParam().other_leaf + "'. Skipping validation ..."));
+}
+
+TEST_P(BothPoints, LookAtNoNamespace) {
+  for (const uint32_t ns : {0u, 2u, 0xffffffffu}) {
+    for (const auto& [tag, list] : {std::pair(uint32_t{ipapp_l3}, std::string("l3")),
+                                    std::pair(uint32_t{ipapp_mgmt}, std::string("mgmt"))}) {
+      KeypathBuilder path;
+      path.Tag(kRaTag).Tag(kNdTag).Tag(kIpv6Tag).Key("7").Tag(tag, ns).Tag(kInterfaceTag);
+      EXPECT_EQ(Validate(GetParam().point, path), "accepted");
+      EXPECT_EQ(fake_.TakeCalls().front(), "maapi_exists(7, 42, \"/config/interface/" + list +
+                                               "{7}/ipv6/nd/ra/max-interval\")");
+    }
   }
+}
+
+TEST_P(BothPoints, TouchNoTable) {
+  const std::string ra = "/config/interface/l3{7}/ipv6/nd/ra/";
+  fake_.leaves[ra + "max-interval"] = Configured(4);
+  fake_.leaves[ra + "min-interval"] = Configured(3);
+  fake_.leaves[ra + "lifetime"] = Configured(9);
+  EXPECT_EQ(Validate(GetParam().point, ipapp_l3, "7"), "accepted");
+  for (const auto* table : tests::AllTables(config_)) {
+    EXPECT_FALSE(table->ipv4_read_ || table->ipv6_read_);
+    EXPECT_EQ(table->sock_, -1);
+    EXPECT_EQ(table->trans_, nullptr);
+  }
+  for (const auto* table : config_.intf_configs_) EXPECT_TRUE(table->interfaces_.empty());
 }
 
 using BothPointsDeathTest = BothPoints;

@@ -1,12 +1,16 @@
 #include "validate_config.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "config.h"
 #include "ip_app_validation/ip_app_validation.h"
+#include "static_route_config.h"
+#include "validate_logger.h"
 #include "validation_points.h"
 #include "ztconfd.h"
 
@@ -38,6 +42,8 @@ namespace {
 constexpr size_t kMaxL3Interfaces = 256;
 constexpr size_t kMaxL3NameLength = 60;  // bytes
 constexpr size_t kMinL3NameLength = 1;   // bytes
+constexpr uint32_t kMaxStaticRouteUnits = 1000;
+constexpr uint32_t kIpv6RouteUnits = 2;  // an IPv6 route takes the room of two IPv4 routes
 constexpr char kL3NameCharacters[] =
     "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
 
@@ -70,6 +76,100 @@ int ValidateConfig::ValidateInterfaceL3(const Config& cfg) {
     if (key.find_first_not_of(kL3NameCharacters) != std::string::npos) {
       error_ = "L3 interface name " + key +
                " contains invalid characters (allowed characters: 0-9, a-z, A-Z, _, -)";
+      return -1;
+    }
+  }
+  return 0;
+}
+
+// All three rules about routes. Deliberate: they always run all three, and the message of the last
+// one that fails is the one that the operator sees.
+int ValidateConfig::ValidateStaticRoute(const Config& cfg) {
+  int result = ValidateStaticRouteNextHop(cfg);
+  result |= ValidateStaticRouteLimit(cfg);
+  result |= ValidateRouteBlackHole(cfg);
+  return result;
+}
+
+// An address of an interface may not be the next hop of a static route in the interface's VRF.
+// Deliberate: with both families loaded only IPv4 is tested.
+int ValidateConfig::ValidateStaticRouteNextHop(const Config& cfg) {
+  const StaticRouteConfig& routes = *cfg.static_route_config_;
+  for (const InterfaceConfig* table : cfg.intf_configs_) {
+    for (const Interface& intf : table->interfaces_) {
+      if (routes.ipv4_read_) {
+        if (InterfaceIPv4MatchStaticRouteNextHop(intf, routes)) return -1;
+      } else if (routes.ipv6_read_) {
+        if (InterfaceIPv6MatchStaticRouteNextHop(intf, routes)) return -1;
+      }
+    }
+  }
+  return 0;
+}
+
+// At most 1000 units of static routes, of both families together.
+int ValidateConfig::ValidateStaticRouteLimit(const Config& cfg) {
+  const uint32_t ipv4_count = cfg.static_route_config_->ipv4_route_count_;
+  const uint32_t ipv6_count = cfg.static_route_config_->ipv6_route_count_;
+  if (ipv4_count + kIpv6RouteUnits * ipv6_count <= kMaxStaticRouteUnits) return 0;
+  ValidateLogger::Log(
+      "The maximum number of available static routes was exceeded! IPv4 static routes = %u; IPv6 "
+      "static routes = %u;",
+      ipv4_count, ipv6_count);
+  error_ = "The maximum number of available static routes was exceeded.";
+  return -1;
+}
+
+// A prefix of a VRF is either a black hole or has next hops. The families that were read are
+// tested, IPv4 first.
+int ValidateConfig::ValidateRouteBlackHole(const Config& cfg) {
+  const StaticRouteConfig& routes = *cfg.static_route_config_;
+  std::shared_ptr<StaticRoute> route;
+  if ((routes.ipv4_read_ && routes.CheckBlackHoleIpv4(route)) ||
+      (routes.ipv6_read_ && routes.CheckBlackHoleIpv6(route))) {
+    error_ = "Prefix " + route->network().to_string() +
+             " cannot be black-hole and have next-hop at the same time";
+    return -1;
+  }
+  return 0;
+}
+
+bool ValidateConfig::InterfaceIPv4MatchStaticRouteNextHop(const Interface& intf,
+                                                          const StaticRouteConfig& routes) {
+  for (const nettypes::IPv4AddrMask& address : intf.ipv4_addr_list) {
+    std::shared_ptr<StaticRoute> route;
+    if (!routes.FindNextHop({intf.vrf_name, address.addr()}, route)) continue;
+    error_ = intf.name + " ipv4 address " + address.to_string() + " and static route " +
+             route->network().to_string() + " next-hop " + route->next_hop().to_string() +
+             " cannot have address conflict.";
+    return true;
+  }
+  return false;
+}
+
+bool ValidateConfig::InterfaceIPv6MatchStaticRouteNextHop(const Interface& intf,
+                                                          const StaticRouteConfig& routes) {
+  for (const nettypes::IPv6AddrMask& address : intf.ipv6_addr_list) {
+    std::shared_ptr<StaticRoute> route;
+    if (!routes.FindNextHop({intf.vrf_name, address.addr()}, route)) continue;
+    error_ = intf.name + " ipv6 address " + address.to_string() + " and static route " +
+             route->network().to_string() + " next-hop " + route->next_hop().to_string() +
+             " cannot have address conflict.";
+    return true;
+  }
+  return false;
+}
+
+// The output interface of a static route with a next hop keeps its lower layer. Loopback and
+// management interfaces never have one, so their names are tested whenever they are in a table.
+int ValidateConfig::ValidateStaticRouteOutputIntf(const Config& cfg) {
+  for (const InterfaceConfig* table : cfg.intf_configs_) {
+    for (const Interface& intf : table->interfaces_) {
+      if (intf.lim_id != limid_t{}) continue;
+      if (!cfg.static_route_config_->FindOutputInterface(intf.name)) continue;
+      error_ = intf.name +
+               " is being used by a static route. Lower-layer-if cannot be removed from this "
+               "interface";
       return -1;
     }
   }

@@ -8,6 +8,8 @@
 namespace ip_application::config_valid {
 
 class Config;
+class StaticRouteConfig;
+struct Interface;
 
 /// The checker: its member functions are the checks. A validation point makes one for its call;
 /// nothing of it outlives the call.
@@ -17,6 +19,29 @@ class ValidateConfig {
  public:
   /// At most 256 L3 interfaces, with names of 1 to 60 bytes, all letters, digits, "-" or "_".
   [[nodiscard]] int ValidateInterfaceL3(const Config& cfg);
+
+  /// The three rules about static routes that follow. All are checked; the message is that of the
+  /// last one that fails.
+  [[nodiscard]] int ValidateStaticRoute(const Config& cfg);
+
+  /// No address of an interface is the next hop of a static route in the interface's VRF. Tests
+  /// IPv4 when IPv4 routes were read, otherwise IPv6 when IPv6 routes were.
+  [[nodiscard]] int ValidateStaticRouteNextHop(const Config& cfg);
+
+  /// At most 1000 units of static routes; an IPv6 route weighs two.
+  [[nodiscard]] int ValidateStaticRouteLimit(const Config& cfg);
+
+  /// No prefix of a VRF is both a black hole and a route with a next hop.
+  [[nodiscard]] int ValidateRouteBlackHole(const Config& cfg);
+
+  /// An interface that is the output interface of a static route with a next hop has a lower layer.
+  [[nodiscard]] int ValidateStaticRouteOutputIntf(const Config& cfg);
+
+  /// Whether an address of the interface is the next hop of a route in its VRF; true is a fault.
+  [[nodiscard]] bool InterfaceIPv4MatchStaticRouteNextHop(const Interface& intf,
+                                                          const StaticRouteConfig& routes);
+  [[nodiscard]] bool InterfaceIPv6MatchStaticRouteNextHop(const Interface& intf,
+                                                          const StaticRouteConfig& routes);
 
   /// The message of the last check that failed, one whole sentence; empty before. A failing check
   /// replaces it.

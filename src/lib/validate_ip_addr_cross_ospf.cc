@@ -1,10 +1,15 @@
 #include <cstdarg>
 
+#include "config.h"
+#include "validate_config.h"
 #include "validate_logger.h"
 #include "validation_points.h"
 #include "ztmw.h"
 
 using ip_application::config_valid::Config;
+using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::ValidateConfig;
+using ip_application::config_valid::Verdict;
 
 namespace ip_application::config_valid {
 
@@ -44,16 +49,26 @@ int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
   return 0;
 }
 
-int validate_ipv4_addr_route(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
-                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                             Config& /*cfg*/) {
-  return 0;
+// The static routes of one family, against each other and against the addresses of that family.
+static int validate_addr_route(confd_trans_ctx* tctx, ConfigAddrFamily family, Config& cfg) {
+  cfg.l3_config_.ReadConfigIfNeeded(family);
+  cfg.mgmt_config_.ReadConfigIfNeeded(family);
+  cfg.lo_config_.ReadConfigIfNeeded(family);
+  cfg.ReadStaticRouteConfig(family);
+  ValidateConfig checker;
+  return Verdict(tctx, checker, checker.ValidateStaticRoute(cfg));
 }
 
-int validate_ipv6_addr_route(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
+int validate_ipv4_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
                              confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                             Config& /*cfg*/) {
-  return 0;
+                             Config& cfg) {
+  return validate_addr_route(tctx, ConfigAddrFamily::IPv4, cfg);
+}
+
+int validate_ipv6_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
+                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                             Config& cfg) {
+  return validate_addr_route(tctx, ConfigAddrFamily::IPv6, cfg);
 }
 
 int validate_lower_layer_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,

@@ -3,13 +3,18 @@
 #include <string>
 
 #include "confd_maapi.h"
+#include "config.h"
 #include "type_test.h"
+#include "validate_config.h"
 #include "validate_logger.h"
 #include "validation_points.h"
 #include "velmor-ip-app.h"
 
 using ip_application::config_valid::Config;
+using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::ValidateConfig;
 using ip_application::config_valid::ValidateLogger;
+using ip_application::config_valid::Verdict;
 
 namespace {
 
@@ -127,8 +132,12 @@ int validate_ipv6_nd_ra_lifetime(int maapi_sock, confd_trans_ctx* tctx, confd_hk
   return -1;
 }
 
-int validate_route_l3_intf(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
-                           confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                           Config& /*cfg*/) {
-  return 0;  // checks nothing yet
+// An L3 interface that static routes of either family go out of keeps its lower layer.
+int validate_route_l3_intf(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* /*keypath*/,
+                           confd_value_t* /*newval*/, Config& cfg) {
+  cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  cfg.ReadStaticRouteConfig(ConfigAddrFamily::IPv4);
+  cfg.ReadStaticRouteConfig(ConfigAddrFamily::IPv6);
+  ValidateConfig checker;
+  return Verdict(tctx, checker, checker.ValidateStaticRouteOutputIntf(cfg));
 }

@@ -1,12 +1,16 @@
 #include "validate_config.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "address_overlap.h"
 #include "config.h"
 #include "ip_app_validation/ip_app_validation.h"
 #include "static_route_config.h"
@@ -47,6 +51,60 @@ constexpr uint32_t kIpv6RouteUnits = 2;  // an IPv6 route takes the room of two 
 constexpr char kL3NameCharacters[] =
     "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
 
+constexpr char kInvalidInterface[] = "invalid interface being handled by IP-App validation";
+constexpr size_t kFewAddresses = 20;  // up to here comparing all pairs is quicker than sorting
+
+// The first address that occurs again further on, or null. Prefix lengths play no part:
+// 10.0.0.1/24 and 10.0.0.1/16 are the same address.
+template <typename AddrMask>
+const AddrMask* FirstDuplicateOfFew(const std::list<AddrMask>& addrs) {
+  for (auto a = addrs.begin(); a != addrs.end(); ++a) {
+    const auto same_addr = [a](const AddrMask& b) { return b.addr() == a->addr(); };
+    if (std::any_of(std::next(a), addrs.end(), same_addr)) return &*a;
+  }
+  return nullptr;
+}
+
+// The same for any number: sorted by address, and equal ones by position, an address that occurs
+// again has an equal one behind it. The one with the smallest position is wanted.
+template <typename AddrMask>
+const AddrMask* FirstDuplicate(const std::list<AddrMask>& addrs) {
+  if (addrs.size() <= kFewAddresses) return FirstDuplicateOfFew(addrs);
+  struct Entry {
+    const AddrMask* mask;
+    size_t position;
+  };
+  std::vector<Entry> sorted;
+  for (const AddrMask& mask : addrs) sorted.push_back({&mask, sorted.size()});
+  std::stable_sort(sorted.begin(), sorted.end(),
+                   [](const Entry& a, const Entry& b) { return a.mask->addr() < b.mask->addr(); });
+  const Entry* first = nullptr;
+  for (size_t i = 0; i + 1 < sorted.size(); ++i) {
+    if (!(sorted[i].mask->addr() == sorted[i + 1].mask->addr())) continue;
+    if (first == nullptr || sorted[i].position < first->position) first = &sorted[i];
+  }
+  return first == nullptr ? nullptr : first->mask;
+}
+
+// Whether `overlaps` holds for an interface of `table` and one of a table of another kind: tables
+// in their order, then the other table's interfaces, then those of `table`. Interfaces that can
+// meet none of `table` are passed over.
+template <typename AddrMask, typename Overlaps>
+bool AnyPairAcrossTables(const InterfaceConfig& table, const std::vector<InterfaceConfig*>& tables,
+                         const Overlaps& overlaps) {
+  const AddressOverlap<AddrMask> overlap(table.interfaces_);
+  for (const InterfaceConfig* other_table : tables) {
+    if (other_table->type_ == table.type_) continue;
+    for (const Interface& other : other_table->interfaces_) {
+      if (!overlap.MayOverlap(other)) continue;
+      for (const Interface& own : table.interfaces_) {
+        if (overlaps(own, other)) return true;
+      }
+    }
+  }
+  return false;
+}
+
 // The list key in a display name: what stands behind its first blank.
 std::string KeyOf(const std::string& display_name) {
   return display_name.substr(display_name.find(' ') + 1);  // the whole name if there is no blank
@@ -80,6 +138,126 @@ int ValidateConfig::ValidateInterfaceL3(const Config& cfg) {
     }
   }
   return 0;
+}
+
+int ValidateConfig::ValidateInterfaceIPv4(const Config& cfg, InterfaceType type) {
+  const InterfaceConfig* table = cfg.intf_by_type(type);
+  if (table == nullptr) {
+    error_ = kInvalidInterface;
+    return -1;
+  }
+  const std::vector<Interface>& interfaces = table->interfaces_;
+  const AddressOverlap<nettypes::IPv4AddrMask> overlap(interfaces);
+  for (size_t i = 0; i < interfaces.size(); ++i) {
+    if (!InterfaceIPv4IsValid(interfaces[i])) return -1;
+    if (InterfaceHasDuplicateIpv4(interfaces[i])) return -1;
+    if (overlap.MayOverlapLater(i)) {
+      for (size_t j = i + 1; j < interfaces.size(); ++j) {
+        if (InterfaceIPv4Overlap(interfaces[i], interfaces[j])) return -1;
+      }
+    }
+    if (InterfaceIPv4MatchStaticRouteNextHop(interfaces[i], *cfg.static_route_config_)) return -1;
+  }
+  return InterfaceIPv4Overlap(*table, cfg.intf_configs_) ? -1 : 0;
+}
+
+int ValidateConfig::ValidateInterfaceIPv6(const Config& cfg, InterfaceType type) {
+  const InterfaceConfig* table = cfg.intf_by_type(type);
+  if (table == nullptr) {
+    error_ = kInvalidInterface;
+    return -1;
+  }
+  const std::vector<Interface>& interfaces = table->interfaces_;
+  const AddressOverlap<nettypes::IPv6AddrMask> overlap(interfaces);
+  for (size_t i = 0; i < interfaces.size(); ++i) {
+    if (InterfaceHasDuplicateIpv6(interfaces[i])) return -1;
+    if (overlap.MayOverlapLater(i)) {
+      for (size_t j = i + 1; j < interfaces.size(); ++j) {
+        if (InterfaceIPv6Overlap(interfaces[i], interfaces[j])) return -1;
+      }
+    }
+    if (InterfaceIPv6MatchStaticRouteNextHop(interfaces[i], *cfg.static_route_config_)) return -1;
+  }
+  return InterfaceIPv6Overlap(*table, cfg.intf_configs_) ? -1 : 0;
+}
+
+// An interface address is neither the network nor the broadcast address of its subnet. Deliberate:
+// prefixes of 31 and 32 bits, point-to-point links and hosts, are exempt.
+bool ValidateConfig::InterfaceIPv4IsValid(const Interface& intf) {
+  for (const nettypes::IPv4AddrMask& address : intf.ipv4_addr_list) {
+    if (address.prefix_len() == 31 || address.prefix_len() == 32) continue;
+    if (address.IsNetworkAddr()) {
+      error_ = intf.name + " ipv4 address " + address.to_string() +
+               " cannot be configured as network address.";
+      return false;
+    }
+    if (address.IsBroadcastAddr()) {
+      error_ = intf.name + " ipv4 address " + address.to_string() +
+               " cannot be configured as broadcast address.";
+      return false;
+    }
+  }
+  return true;
+}
+
+// An address may be configured only once on an interface.
+bool ValidateConfig::InterfaceHasDuplicateIpv4(const Interface& intf) {
+  const nettypes::IPv4AddrMask* duplicate = FirstDuplicate(intf.ipv4_addr_list);
+  if (duplicate == nullptr) return false;
+  error_ = intf.name + " has duplicated IPv4 address " + duplicate->addr().to_string();
+  return true;
+}
+
+bool ValidateConfig::InterfaceHasDuplicateIpv6(const Interface& intf) {
+  const nettypes::IPv6AddrMask* duplicate = FirstDuplicate(intf.ipv6_addr_list);
+  if (duplicate == nullptr) return false;
+  error_ = intf.name + " has duplicated IPv6 address " + duplicate->addr().to_string();
+  return true;
+}
+
+// Interfaces of one address space have no address in common. Deliberate: the IPv4 message names the
+// VRFs, the IPv6 message does not.
+bool ValidateConfig::InterfaceIPv4Overlap(const Interface& a, const Interface& b) {
+  if (!ShareAddressSpace(a.vrf_name, b.vrf_name)) return false;
+  for (const nettypes::IPv4AddrMask& addr_a : a.ipv4_addr_list) {
+    for (const nettypes::IPv4AddrMask& addr_b : b.ipv4_addr_list) {
+      if (!addr_a.Overlap(addr_b)) continue;
+      error_ = a.name + " vrf " + a.vrf_name + " ipv4 address " + addr_a.to_string() +
+               " overlaps with " + b.name + " vrf " + b.vrf_name + " ipv4 address " +
+               addr_b.to_string() + ".";
+      return true;
+    }
+  }
+  return false;
+}
+
+bool ValidateConfig::InterfaceIPv6Overlap(const Interface& a, const Interface& b) {
+  if (!ShareAddressSpace(a.vrf_name, b.vrf_name)) return false;
+  for (const nettypes::IPv6AddrMask& addr_a : a.ipv6_addr_list) {
+    for (const nettypes::IPv6AddrMask& addr_b : b.ipv6_addr_list) {
+      if (!addr_a.Overlap(addr_b)) continue;
+      error_ = a.name + " ipv6 address " + addr_a.to_string() + " overlaps with " + b.name +
+               " ipv6 address " + addr_b.to_string() + ".";
+      return true;
+    }
+  }
+  return false;
+}
+
+bool ValidateConfig::InterfaceIPv4Overlap(const InterfaceConfig& table,
+                                          const std::vector<InterfaceConfig*>& tables) {
+  return AnyPairAcrossTables<nettypes::IPv4AddrMask>(
+      table, tables, [this](const Interface& own, const Interface& other) {
+        return InterfaceIPv4Overlap(own, other);
+      });
+}
+
+bool ValidateConfig::InterfaceIPv6Overlap(const InterfaceConfig& table,
+                                          const std::vector<InterfaceConfig*>& tables) {
+  return AnyPairAcrossTables<nettypes::IPv6AddrMask>(
+      table, tables, [this](const Interface& own, const Interface& other) {
+        return InterfaceIPv6Overlap(own, other);
+      });
 }
 
 // All three rules about routes. Deliberate: they always run all three, and the message of the last

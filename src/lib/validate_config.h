@@ -2,14 +2,14 @@
 #define SRC_LIB_VALIDATE_CONFIG_H_
 
 #include <string>
+#include <vector>
 
 #include "confd_dp.h"
+#include "config.h"
 
 namespace ip_application::config_valid {
 
-class Config;
 class StaticRouteConfig;
-struct Interface;
 
 /// The checker: its member functions are the checks. A validation point makes one for its call;
 /// nothing of it outlives the call.
@@ -19,6 +19,29 @@ class ValidateConfig {
  public:
   /// At most 256 L3 interfaces, with names of 1 to 60 bytes, all letters, digits, "-" or "_".
   [[nodiscard]] int ValidateInterfaceL3(const Config& cfg);
+
+  /// The addresses of every interface of one kind: usable (IPv4), no duplicates, no overlap with
+  /// another interface of any kind, not the next hop of a static route. The first fault wins.
+  [[nodiscard]] int ValidateInterfaceIPv4(const Config& cfg, InterfaceType type);
+  [[nodiscard]] int ValidateInterfaceIPv6(const Config& cfg, InterfaceType type);
+
+  /// Whether no address is the network or broadcast address of its subnet; false is a fault.
+  [[nodiscard]] bool InterfaceIPv4IsValid(const Interface& intf);
+
+  /// Whether an address occurs twice, with whatever prefix lengths; true is a fault.
+  [[nodiscard]] bool InterfaceHasDuplicateIpv4(const Interface& intf);
+  [[nodiscard]] bool InterfaceHasDuplicateIpv6(const Interface& intf);
+
+  /// Whether an address of `a` overlaps one of `b` in a shared address space; true is a fault.
+  [[nodiscard]] bool InterfaceIPv4Overlap(const Interface& a, const Interface& b);
+  [[nodiscard]] bool InterfaceIPv6Overlap(const Interface& a, const Interface& b);
+
+  /// Whether an interface of `table` overlaps one of another kind; true is a fault.
+  /// REQUIRES: no interface of `table` overlaps another of it.
+  [[nodiscard]] bool InterfaceIPv4Overlap(const InterfaceConfig& table,
+                                          const std::vector<InterfaceConfig*>& tables);
+  [[nodiscard]] bool InterfaceIPv6Overlap(const InterfaceConfig& table,
+                                          const std::vector<InterfaceConfig*>& tables);
 
   /// The three rules about static routes that follow. All are checked; the message is that of the
   /// last one that fails.

@@ -8,6 +8,7 @@
 
 using ip_application::config_valid::Config;
 using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::InterfaceType;
 using ip_application::config_valid::ValidateConfig;
 using ip_application::config_valid::Verdict;
 
@@ -31,16 +32,37 @@ void ValidateLogger::Log(const char* fmt, ...) {
 
 }  // namespace ip_application::config_valid
 
-// These points check nothing yet.
+namespace {
 
-int validate_ipv4_addr(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/, confd_hkeypath_t* /*keypath*/,
-                       confd_value_t* /*newval*/, Config& /*cfg*/) {
-  return 0;
+// What the address points have in common: the kind of interface, the tables, one family's check.
+int ValidateAddr(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, Config& cfg,
+                 ConfigAddrFamily family,
+                 int (ValidateConfig::*check)(const Config&, InterfaceType)) {
+  const InterfaceType type = Config::intf_type_from_confd_path(keypath);
+  if (type == InterfaceType::Invalid) {
+    confd_trans_seterr(tctx, "%s", "invalid interface being handled by IP-App validation");
+    return -1;
+  }
+  cfg.l3_config_.ReadConfigIfNeeded(family);
+  cfg.lo_config_.ReadConfigIfNeeded(family);
+  cfg.mgmt_config_.ReadConfigIfNeeded(family);
+  cfg.ReadStaticRouteConfig(family);
+  ValidateConfig checker;
+  return Verdict(tctx, checker, (checker.*check)(cfg, type));
 }
 
-int validate_ipv6_addr(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/, confd_hkeypath_t* /*keypath*/,
-                       confd_value_t* /*newval*/, Config& /*cfg*/) {
-  return 0;
+}  // namespace
+
+int validate_ipv4_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
+                       confd_value_t* /*newval*/, Config& cfg) {
+  return ValidateAddr(tctx, keypath, cfg, ConfigAddrFamily::IPv4,
+                      &ValidateConfig::ValidateInterfaceIPv4);
+}
+
+int validate_ipv6_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
+                       confd_value_t* /*newval*/, Config& cfg) {
+  return ValidateAddr(tctx, keypath, cfg, ConfigAddrFamily::IPv6,
+                      &ValidateConfig::ValidateInterfaceIPv6);
 }
 
 int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,

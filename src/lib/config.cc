@@ -1,14 +1,18 @@
 #include "config.h"
 
+#include <arpa/inet.h>
 #include <netinet/in.h>
 
 #include <algorithm>
+#include <boost/system/system_error.hpp>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 #include "confd_maapi.h"
 #include "static_route_config.h"
 #include "type_test.h"
+#include "validate_logger.h"
 #include "velmor-ip-app.h"
 #include "vrfid/vrfid.h"
 #include "ztmw.h"
@@ -24,6 +28,14 @@ const std::string kL3Path = "/config/interface/ipapp:l3";
 const std::string kLoPath = "/config/interface/ipapp:loopback";
 const std::string kMgmtPath = "/config/interface/ipapp:mgmt";
 
+// Keys of the OSPF interface list.
+constexpr size_t kOspfCompoundId = 0;
+constexpr size_t kOspfArea = 1;
+constexpr size_t kOspfIntfName = 2;
+constexpr size_t kOspfIntfAddr = 3;
+constexpr unsigned int kOspfKeyCount = 4;
+
+constexpr size_t kVrfNameSize = 256;       // bytes, with the zero behind the text
 constexpr size_t kKeyTextSize = 256;       // bytes, with the zero behind the text
 constexpr size_t kFaultMessageSize = 350;  // likewise
 
@@ -49,6 +61,14 @@ void ForEachEntry(int sock, int thandle, const std::string& list_path, Take take
   maapi_init_cursor(sock, thandle, &cursor, "%s", list_path.c_str());
   const CursorEnd end{&cursor};
   for (maapi_get_next(&cursor); cursor.n != 0; maapi_get_next(&cursor)) take(cursor);
+}
+
+// A dotted quad. Throws boost::system::system_error for any other text. Deliberate: inet_pton sets
+// no errno for it, so the code is what an earlier call left there, or EINVAL.
+nettypes::IPv4Addr ParseIpv4Addr(const std::string& text) {
+  in_addr addr;
+  if (inet_pton(AF_INET, text.c_str(), &addr) == 1) return nettypes::IPv4Addr(ntohl(addr.s_addr));
+  throw boost::system::system_error(errno != 0 ? errno : EINVAL, boost::system::system_category());
 }
 
 std::string KeyText(const confd_value_t& key) {
@@ -310,7 +330,77 @@ void MgmtConfig::ReadConfig(ConfigAddrFamily family) {
   }
 }
 
-void Ospfv2Config::ReadConfig(ConfigAddrFamily /*family*/) {}
+void Ospfv2Config::ReadConfig(ConfigAddrFamily family) {
+  if (family != ConfigAddrFamily::IPv4) return;
+  for (const std::vector<std::string>& keys : get_key_list(interface_list_path_, kOspfKeyCount)) {
+    const std::string& keyed_name = keys[kOspfIntfName];
+    const size_t hyphen = keyed_name.find('-');
+    if (hyphen == std::string::npos) continue;
+    const auto compound_id = static_cast<uint32_t>(std::stoul(keys[kOspfCompoundId]));
+    OspfIf record;
+    record.area = ParseIpv4Addr(keys[kOspfArea]);
+    const nettypes::IPv4Addr addr = ParseIpv4Addr(keys[kOspfIntfAddr]);
+    const uint8_t prefix_len = GetIpv4Netmask(compound_id, record.area, keyed_name, addr);
+    record.addresses.emplace_back(addr.to_uint32(), prefix_len);
+    record.intf_name = keyed_name;
+    record.intf_name[hyphen] = ' ';  // Deliberate: only the first hyphen
+    record.process_id = GetProcessIdFromCompoundId(compound_id);
+    record.vrf_name = GetVrfName(compound_id);
+    MergeConfigAndInsert(record);
+  }
+}
+
+uint8_t Ospfv2Config::GetIpv4Netmask(uint32_t compound_id, nettypes::IPv4Addr area,
+                                     const std::string& intf_name, nettypes::IPv4Addr addr) const {
+  uint8_t prefix_len = 0;
+  if (maapi_get_u_int8_elem(sock_, trans_->thandle, &prefix_len,
+                            "%s{%u %s %s %s}/ospf-pm-ip-netmask", interface_list_path_.c_str(),
+                            compound_id, area.to_string().c_str(), intf_name.c_str(),
+                            addr.to_string().c_str()) != CONFD_OK) {
+    ValidateLogger::Log("Failed to get IPv4 netmask from process ID %u!", compound_id);
+    return 0;
+  }
+  return prefix_len;
+}
+
+uint32_t Ospfv2Config::GetProcessIdFromCompoundId(uint32_t compound_id) const {
+  uint32_t process_id = 0;
+  if (maapi_get_u_int32_elem(sock_, trans_->thandle, &process_id, "%s{%u}/proc_id",
+                             index_list_path_.c_str(), compound_id) != CONFD_OK) {
+    ValidateLogger::Log("Failed to get process ID from compound ID %u!", compound_id);
+    return 0;
+  }
+  return process_id;
+}
+
+std::string Ospfv2Config::GetVrfName(uint32_t compound_id) const {
+  char name[kVrfNameSize] = {};
+  if (maapi_get_str_elem(sock_, trans_->thandle, name, sizeof(name), "%s{%u}/vrf_name",
+                         index_list_path_.c_str(), compound_id) != CONFD_OK) {
+    ValidateLogger::Log("Failed to get VRF name from compound ID %u!", compound_id);
+    return "";
+  }
+  return name;
+}
+
+OspfIf* Ospfv2Config::FindRecord(const RecordKey& key) {
+  for (auto record = std::next(table_.begin(), static_cast<ptrdiff_t>(indexed_));
+       record != table_.end(); ++record, ++indexed_) {
+    records_.emplace(RecordKey{(*record)->intf_name, (*record)->process_id, (*record)->vrf_name},
+                     record->get());
+  }
+  const auto found = records_.find(key);
+  return found == records_.end() ? nullptr : found->second;
+}
+
+void Ospfv2Config::MergeConfigAndInsert(OspfIf& record) {
+  OspfIf* known = FindRecord({record.intf_name, record.process_id, record.vrf_name});
+  if (known == nullptr) {
+    table_.push_back(std::make_shared<OspfIf>(record));
+  } else {
+    known->addresses.push_back(record.addresses.front());
+  }
+}
 
 Config::Config()
     : static_route_config_(std::make_unique<StaticRouteConfig>()),

@@ -8,8 +8,10 @@
 
 #include <array>
 #include <list>
+#include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -169,13 +171,64 @@ class MgmtConfig : public InterfaceConfig {
   void ReadConfig(ConfigAddrFamily family) override;
 };
 
-/// The interfaces that are assigned to OSPFv2 processes.
+/// One interface that an OSPFv2 process uses. Held by shared pointer.
+class OspfIf {
+ public:
+  virtual ~OspfIf() = default;
+
+  uint32_t process_id = 0;  ///< number of the process as configured; 0 when unknown
+  std::string vrf_name;     ///< of the process; empty when unknown
+  nettypes::IPv4Addr area;
+  std::string intf_name;                        ///< in the form of Interface::name
+  std::list<nettypes::IPv4AddrMask> addresses;  ///< that the process uses, in the order met
+};
+
+/// The interfaces that OSPFv2 processes use.
 class Ospfv2Config : public GenericConfig {
  public:
+  /// Fills the table from the interface list; reads nothing for IPv6. Entries whose name key names
+  /// no kind of interface, because it has no hyphen, are left out. What was merged before an
+  /// exception stays.
+  ///
+  /// @throws std::invalid_argument, std::out_of_range  a compound id is no number, or too large
+  /// @throws boost::system::system_error  an area or address is no dotted quad
+  /// Source: candidate, /internal/ospf-interface-l3 {compound-id area name address}.
   void ReadConfig(ConfigAddrFamily family) override;
 
+  /// Prefix length of one address that an OSPFv2 process uses.
+  ///
+  /// @param compound_id  process index, the first key of the interface list
+  /// @param intf_name    interface name as keyed, hyphen form ("l3-7")
+  /// @returns  bits, 0 to 32; 0 when the leaf cannot be read, after one debug line
+  /// Source: candidate, /internal/ospf-interface-l3{id area name address}/ospf-pm-ip-netmask.
+  uint8_t GetIpv4Netmask(uint32_t compound_id, nettypes::IPv4Addr area,
+                         const std::string& intf_name, nettypes::IPv4Addr addr) const;
+
+  /// Number of the process behind a compound id; 0 when it cannot be read, after one debug line.
+  /// Source: candidate, /internal/ospf-index-to-proc-id{id}/proc_id.
+  uint32_t GetProcessIdFromCompoundId(uint32_t compound_id) const;
+
+  /// VRF of the process behind a compound id, at most 255 bytes; empty when it cannot be read,
+  /// after one debug line.
+  /// Source: candidate, /internal/ospf-index-to-proc-id{id}/vrf_name.
+  std::string GetVrfName(uint32_t compound_id) const;
+
+  /// Adds a freshly read record. When a record of the same interface, process and VRF is there, its
+  /// addresses get the first address of the new one, and its area stays.
+  void MergeConfigAndInsert(OspfIf& record);
+
+  std::list<std::shared_ptr<OspfIf>> table_;  ///< in the order of insertion
   const std::string interface_list_path_ = "/internal/ospf-interface-l3";
   const std::string index_list_path_ = "/internal/ospf-index-to-proc-id";
+
+ private:
+  using RecordKey = std::tuple<std::string, uint32_t, std::string>;  // interface, process, VRF
+
+  OspfIf* FindRecord(const RecordKey& key);
+
+  // The first `indexed_` records by key; the rest is added when a record is looked up.
+  std::map<RecordKey, OspfIf*> records_;
+  size_t indexed_ = 0;
 };
 
 /// The snapshot. Checks reach the tables directly as members. Tables are never cleared: a fresh

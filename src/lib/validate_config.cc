@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "address_overlap.h"
@@ -103,6 +104,29 @@ bool AnyPairAcrossTables(const InterfaceConfig& table, const std::vector<Interfa
     }
   }
   return false;
+}
+
+// Whether `passes` holds for every OSPF record and the interface of its name, in the order of the
+// records. The index gives the interface that a search from the front would find: names are unique.
+template <typename Passes>
+bool AllPairsByName(const Ospfv2Config& ospf, const InterfaceConfig& table, const Passes& passes) {
+  if (ospf.table_.empty()) return true;
+  std::unordered_map<std::string_view, const Interface*> by_name;
+  for (const Interface& intf : table.interfaces_) by_name.emplace(intf.name, &intf);
+  for (const std::shared_ptr<OspfIf>& record : ospf.table_) {
+    const auto intf = by_name.find(record->intf_name);
+    if (intf != by_name.end() && !passes(*intf->second, *record)) return false;
+  }
+  return true;
+}
+
+// The first of `wanted` that is not in `present`, prefix length included; null when all are.
+const nettypes::IPv4AddrMask* FirstMissing(const std::list<nettypes::IPv4AddrMask>& wanted,
+                                           const std::list<nettypes::IPv4AddrMask>& present) {
+  for (const nettypes::IPv4AddrMask& mask : wanted) {
+    if (std::find(present.begin(), present.end(), mask) == present.end()) return &mask;
+  }
+  return nullptr;
 }
 
 // The list key in a display name: what stands behind its first blank.
@@ -258,6 +282,71 @@ bool ValidateConfig::InterfaceIPv6Overlap(const InterfaceConfig& table,
       table, tables, [this](const Interface& own, const Interface& other) {
         return InterfaceIPv6Overlap(own, other);
       });
+}
+
+int ValidateConfig::ValidateOspfv2(const Config& cfg) {
+  const bool passes = ValidateOspfv2CrossIfL3(cfg.l3_config_, cfg.ospfv2_config_) &&
+                      ValidateOspfv2CrossIfLo(cfg.lo_config_, cfg.ospfv2_config_);
+  return passes ? 0 : -1;
+}
+
+int ValidateConfig::ValidateOspfv2Vrf(const Config& cfg) {
+  const bool passes = ValidateOspfv2CrossIfL3Vrf(cfg.l3_config_, cfg.ospfv2_config_) &&
+                      ValidateOspfv2CrossIfLoVrf(cfg.lo_config_, cfg.ospfv2_config_);
+  return passes ? 0 : -1;
+}
+
+bool ValidateConfig::ValidateOspfv2CrossIfL3(const L3Config& l3, const Ospfv2Config& ospf) {
+  return AllPairsByName(ospf, l3, [this](const Interface& intf, const OspfIf& record) {
+    return KeepsOspfAddresses(intf, record);
+  });
+}
+
+bool ValidateConfig::ValidateOspfv2CrossIfLo(const LoConfig& lo, const Ospfv2Config& ospf) {
+  return AllPairsByName(ospf, lo, [this](const Interface& intf, const OspfIf& record) {
+    return KeepsOspfAddresses(intf, record);
+  });
+}
+
+bool ValidateConfig::ValidateOspfv2CrossIfL3Vrf(const L3Config& l3, const Ospfv2Config& ospf) {
+  return AllPairsByName(ospf, l3, [this](const Interface& intf, const OspfIf& record) {
+    return IsInOspfVrf(intf, record);
+  });
+}
+
+bool ValidateConfig::ValidateOspfv2CrossIfLoVrf(const LoConfig& lo, const Ospfv2Config& ospf) {
+  return AllPairsByName(ospf, lo, [this](const Interface& intf, const OspfIf& record) {
+    return IsInOspfVrf(intf, record);
+  });
+}
+
+// An address that OSPFv2 uses stays on its interface with its prefix length, and no other is added.
+// Deliberate: an added address is looked for only when the interface has more addresses than the
+// process uses.
+bool ValidateConfig::KeepsOspfAddresses(const Interface& intf, const OspfIf& ospf) {
+  const nettypes::IPv4AddrMask* gone = FirstMissing(ospf.addresses, intf.ipv4_addr_list);
+  if (gone != nullptr) {
+    error_ = gone->to_string() + " cannot be modified nor deleted, it is assigned to router ospf " +
+             std::to_string(ospf.process_id) + " vrf " + ospf.vrf_name + " area " +
+             std::to_string(ospf.area.to_uint32()) + " (" + ospf.area.to_string() + ")";
+    return false;
+  }
+  if (ospf.addresses.size() >= intf.ipv4_addr_list.size()) return true;
+  const nettypes::IPv4AddrMask* added = FirstMissing(intf.ipv4_addr_list, ospf.addresses);
+  if (added == nullptr) return true;
+  error_ = added->to_string() + " cannot be added after interface is assigned to router ospf " +
+           std::to_string(ospf.process_id) + " vrf " + ospf.vrf_name + " area " +
+           std::to_string(ospf.area.to_uint32()) + " (" + ospf.area.to_string() + ")";
+  return false;
+}
+
+// An interface is in the VRF of the OSPFv2 process that uses it.
+bool ValidateConfig::IsInOspfVrf(const Interface& intf, const OspfIf& ospf) {
+  if (intf.vrf_name == ospf.vrf_name) return true;
+  error_ = intf.name + " vrf " + intf.vrf_name + " and router ospf " +
+           std::to_string(ospf.process_id) + " vrf " + ospf.vrf_name +
+           " cannot be associated with divergent VRF";
+  return false;
 }
 
 // All three rules about routes. Deliberate: they always run all three, and the message of the last

@@ -43,6 +43,20 @@ class ValidateConfig {
   [[nodiscard]] bool InterfaceIPv6Overlap(const InterfaceConfig& table,
                                           const std::vector<InterfaceConfig*>& tables);
 
+  /// Addresses of L3 and then loopback interfaces stay those that OSPFv2 processes use.
+  [[nodiscard]] int ValidateOspfv2(const Config& cfg);
+
+  /// Whether every interface still has the addresses that an OSPFv2 process uses, and no others.
+  [[nodiscard]] bool ValidateOspfv2CrossIfL3(const L3Config& l3, const Ospfv2Config& ospf);
+  [[nodiscard]] bool ValidateOspfv2CrossIfLo(const LoConfig& lo, const Ospfv2Config& ospf);
+
+  /// L3 and then loopback interfaces are in the VRF of the OSPFv2 process that uses them.
+  [[nodiscard]] int ValidateOspfv2Vrf(const Config& cfg);
+
+  /// Whether every interface is in the VRF of its OSPFv2 process.
+  [[nodiscard]] bool ValidateOspfv2CrossIfL3Vrf(const L3Config& l3, const Ospfv2Config& ospf);
+  [[nodiscard]] bool ValidateOspfv2CrossIfLoVrf(const LoConfig& lo, const Ospfv2Config& ospf);
+
   /// The three rules about static routes that follow. All are checked; the message is that of the
   /// last one that fails.
   [[nodiscard]] int ValidateStaticRoute(const Config& cfg);
@@ -69,6 +83,10 @@ class ValidateConfig {
   /// The message of the last check that failed, one whole sentence; empty before. A failing check
   /// replaces it.
   std::string error_;
+
+ private:
+  [[nodiscard]] bool KeepsOspfAddresses(const Interface& intf, const OspfIf& ospf);
+  [[nodiscard]] bool IsInOspfVrf(const Interface& intf, const OspfIf& ospf);
 };
 
 /// How a validation point ends: hands the text of a check that failed to ConfD.

@@ -65,10 +65,14 @@ int validate_ipv6_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath
                       &ValidateConfig::ValidateInterfaceIPv6);
 }
 
-int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
+int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* tctx,
                                   confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                                  Config& /*cfg*/) {
-  return 0;
+                                  Config& cfg) {
+  cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  cfg.lo_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  cfg.ospfv2_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  ValidateConfig checker;
+  return Verdict(tctx, checker, checker.ValidateOspfv2(cfg));
 }
 
 // The static routes of one family, against each other and against the addresses of that family.

@@ -34,6 +34,7 @@ endfunction()
 
 # ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
 # A GoogleTest program of that name, run by CTest as one test. It writes its results as XML for script/test to count.
+# The target <label>_tests builds all programs of one label.
 function(ipav_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS")
   add_executable(${name} ${arg_SOURCES})
@@ -43,6 +44,12 @@ function(ipav_add_test name)
     IPAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}")
   add_test(NAME ${name} COMMAND ${name})
+  foreach(label IN LISTS arg_LABELS)
+    if(NOT TARGET ${label}_tests)
+      add_custom_target(${label}_tests)
+    endif()
+    add_dependencies(${label}_tests ${name})
+  endforeach()
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}"
     TIMEOUT 300

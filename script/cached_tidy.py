@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy over the C++ sources of a compile database, leaving out what has not changed.
+"""Runs clang-tidy over the product's sources in a compile database, leaving out what has not changed.
 
 Usage: cached_tidy.py BUILD_DIRECTORY CACHE_DIRECTORY
+
+The tests are left out: with GoogleTest's macros each takes a minute, and the compilers and sanitizers watch them.
 
 A source is clean until its command, its configuration, or its text with all headers changes: the preprocessed text with
 its comments (they may hold NOLINT) is hashed, and an empty file of that name in the cache means "checked, no findings".
@@ -18,14 +20,15 @@ import sys
 
 TIDY = "clang-tidy-14"
 COMPILER = "clang++-14"
+FOLDERS = ("src", "platform", "host")
 
 
 def first_party_sources(database, root):
-    """Map of source file to its first compile command, for .cc files of the tree outside build/."""
+    """Map of source file to its first compile command, for the .cc files below FOLDERS."""
     sources = {}
     for entry in json.loads(database.read_text()):
         path = pathlib.Path(entry["directory"], entry["file"]).resolve()
-        if path.suffix == ".cc" and path.is_relative_to(root) and not path.is_relative_to(root / "build"):
+        if path.suffix == ".cc" and any(path.is_relative_to(root / folder) for folder in FOLDERS):
             sources.setdefault(path, entry)
     return sources
 

@@ -38,6 +38,7 @@ struct Ipv4Range {
 struct Number128 {
   uint64_t high;
   uint64_t low;
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the defaulted body for a null pointer
   friend constexpr auto operator<=>(const Number128&, const Number128&) = default;
 };
 

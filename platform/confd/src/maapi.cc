@@ -115,6 +115,7 @@ int IterateFrom(const char* function, int sock, int thandle, maapi_iterate_fn it
 
 // The typed reads differ in the type they demand and the member they give, so each is written by
 // one line below.
+// NOLINTBEGIN(bugprone-macro-parentheses): RESULT is a type
 #define CONFD_TYPED_READ(NAME, RESULT, TYPE, MEMBER)                                          \
   int NAME(int sock, int thandle, RESULT* rval, const char* fmt, ...) {                       \
     va_list args;                                                                             \
@@ -124,6 +125,7 @@ int IterateFrom(const char* function, int sock, int thandle, maapi_iterate_fn it
     return confd::GetTyped(call, TYPE,                                                        \
                            [rval](const confd_value_t& value) { *rval = value.val.MEMBER; }); \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 
 CONFD_TYPED_READ(maapi_get_int8_elem, int8_t, C_INT8, i8)
 CONFD_TYPED_READ(maapi_get_int16_elem, int16_t, C_INT16, i16)

@@ -172,6 +172,7 @@ int CompareStrings(const lyd_node* a, const lyd_node* b, const lysc_type* type) 
     const confd_value_t x = StringValue(a, type);
     const confd_value_t y = StringValue(b, type);
     if (value_type == C_IPV4) {
+      // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): a C_IPV4 value owns no memory
       order = Sign(memcmp(&x.val.ip, &y.val.ip, sizeof(in_addr)));
     } else if (value_type == C_IPV6) {
       order = Sign(memcmp(&x.val.ip6, &y.val.ip6, sizeof(in6_addr)));
@@ -316,7 +317,7 @@ confd_value_t LeafValue(const lyd_node* leaf) {
       CONFD_SET_UINT64(&value, stored.uint64);
       break;
     case LY_TYPE_BOOL:
-      CONFD_SET_BOOL(&value, stored.boolean);
+      CONFD_SET_BOOL(&value, stored.boolean != 0 ? CONFD_TRUE : CONFD_FALSE);
       break;
     case LY_TYPE_ENUM:
       CONFD_SET_ENUM_VALUE(&value, stored.enum_item->value);
@@ -503,7 +504,7 @@ std::string PrintValue(const confd_value_t& value) {
 
 std::string PrintKey(const confd_value_t& value) {
   // As a hex list is written; without separators the text could not be read back.
-  const std::string text = value.type == C_BINARY ? HexText(value.val.buf, ":") : PrintValue(value);
+  std::string text = value.type == C_BINARY ? HexText(value.val.buf, ":") : PrintValue(value);
   if (!text.empty() && text.find_first_of(" \t\n\"{}") == std::string::npos) return text;
   std::string quoted = "\"";
   for (const char c : text) {

@@ -257,11 +257,17 @@ std::list<nettypes::IPv6AddrMask> GenericConfig::get_intf_ipv6_addr_mask_list(
 }
 
 Interface* InterfaceConfig::FindByName(const std::string& name) {
+  const auto position_of = [this](const std::string& wanted) {
+    return positions_.Find(
+        wanted, [this, &wanted](size_t position) { return interfaces_[position].name == wanted; });
+  };
   for (; indexed_ < interfaces_.size(); ++indexed_) {
-    positions_.emplace(interfaces_[indexed_].name, indexed_);
+    const std::string& added = interfaces_[indexed_].name;
+    // Of entries with one name the first counts.
+    if (position_of(added) == NameIndex::kNone) positions_.Add(added, indexed_);
   }
-  const auto position = positions_.find(name);
-  return position == positions_.end() ? nullptr : &interfaces_[position->second];
+  const size_t position = position_of(name);
+  return position == NameIndex::kNone ? nullptr : &interfaces_[position];
 }
 
 void InterfaceConfig::MergeConfigAndInsert(const Interface& intf) {
@@ -384,7 +390,8 @@ std::string Ospfv2Config::GetVrfName(uint32_t compound_id) const {
 }
 
 OspfIf* Ospfv2Config::FindRecord(const RecordKey& key) {
-  for (auto record = std::next(table_.begin(), static_cast<ptrdiff_t>(indexed_));
+  // From the end, so that nothing is walked when all records are indexed.
+  for (auto record = std::prev(table_.end(), static_cast<ptrdiff_t>(table_.size() - indexed_));
        record != table_.end(); ++record, ++indexed_) {
     records_.emplace(RecordKey{(*record)->intf_name, (*record)->process_id, (*record)->vrf_name},
                      record->get());

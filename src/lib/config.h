@@ -7,8 +7,8 @@
 #define SRC_LIB_CONFIG_H_
 
 #include <array>
+#include <functional>
 #include <list>
-#include <map>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -18,6 +18,7 @@
 #include "confd_dp.h"
 #include "confd_lib.h"
 #include "limid/limid.h"
+#include "name_index.h"
 #include "nettypes/ipv4.h"
 #include "nettypes/ipv6.h"
 
@@ -145,8 +146,8 @@ class InterfaceConfig : public GenericConfig {
  private:
   Interface* FindByName(const std::string& name);
 
-  // Position by name of the first `indexed_` entries; the rest is added when a name is looked up.
-  std::unordered_map<std::string, size_t> positions_;
+  // Of the first `indexed_` entries; the rest is added when a name is looked up.
+  NameIndex positions_;
   size_t indexed_ = 0;
 };
 
@@ -223,11 +224,17 @@ class Ospfv2Config : public GenericConfig {
 
  private:
   using RecordKey = std::tuple<std::string, uint32_t, std::string>;  // interface, process, VRF
+  struct RecordHash {
+    size_t operator()(const RecordKey& key) const {
+      const std::hash<std::string> text;
+      return text(std::get<0>(key)) ^ (31 * text(std::get<2>(key)) + std::get<1>(key));
+    }
+  };
 
   OspfIf* FindRecord(const RecordKey& key);
 
   // The first `indexed_` records by key; the rest is added when a record is looked up.
-  std::map<RecordKey, OspfIf*> records_;
+  std::unordered_map<RecordKey, OspfIf*, RecordHash> records_;
   size_t indexed_ = 0;
 };
 

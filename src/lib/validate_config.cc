@@ -8,12 +8,12 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "address_overlap.h"
 #include "config.h"
 #include "ip_app_validation/ip_app_validation.h"
+#include "name_index.h"
 #include "static_route_config.h"
 #include "validate_logger.h"
 #include "validation_points.h"
@@ -89,11 +89,10 @@ const AddrMask* FirstDuplicate(const std::list<AddrMask>& addrs) {
 
 // Whether `overlaps` holds for an interface of `table` and one of a table of another kind: tables
 // in their order, then the other table's interfaces, then those of `table`. Interfaces that can
-// meet none of `table` are passed over.
+// meet none of `table` are passed over: `overlap` is that of `table`.
 template <typename AddrMask, typename Overlaps>
-bool AnyPairAcrossTables(const InterfaceConfig& table, const std::vector<InterfaceConfig*>& tables,
-                         const Overlaps& overlaps) {
-  const AddressOverlap<AddrMask> overlap(table.interfaces_);
+bool AnyPairAcrossTables(const AddressOverlap<AddrMask>& overlap, const InterfaceConfig& table,
+                         const std::vector<InterfaceConfig*>& tables, const Overlaps& overlaps) {
   for (const InterfaceConfig* other_table : tables) {
     if (other_table->type_ == table.type_) continue;
     for (const Interface& other : other_table->interfaces_) {
@@ -107,15 +106,21 @@ bool AnyPairAcrossTables(const InterfaceConfig& table, const std::vector<Interfa
 }
 
 // Whether `passes` holds for every OSPF record and the interface of its name, in the order of the
-// records. The index gives the interface that a search from the front would find: names are unique.
+// records. The index gives the interface that a search from the front finds: names are unique.
 template <typename Passes>
 bool AllPairsByName(const Ospfv2Config& ospf, const InterfaceConfig& table, const Passes& passes) {
   if (ospf.table_.empty()) return true;
-  std::unordered_map<std::string_view, const Interface*> by_name;
-  for (const Interface& intf : table.interfaces_) by_name.emplace(intf.name, &intf);
+  const std::vector<Interface>& interfaces = table.interfaces_;
+  NameIndex by_name;
+  const auto position_of = [&interfaces, &by_name](const std::string& name) {
+    return by_name.Find(name, [&](size_t position) { return interfaces[position].name == name; });
+  };
+  for (size_t i = 0; i < interfaces.size(); ++i) {
+    if (position_of(interfaces[i].name) == NameIndex::kNone) by_name.Add(interfaces[i].name, i);
+  }
   for (const std::shared_ptr<OspfIf>& record : ospf.table_) {
-    const auto intf = by_name.find(record->intf_name);
-    if (intf != by_name.end() && !passes(*intf->second, *record)) return false;
+    const size_t position = position_of(record->intf_name);
+    if (position != NameIndex::kNone && !passes(interfaces[position], *record)) return false;
   }
   return true;
 }
@@ -182,7 +187,11 @@ int ValidateConfig::ValidateInterfaceIPv4(const Config& cfg, InterfaceType type)
     }
     if (InterfaceIPv4MatchStaticRouteNextHop(interfaces[i], *cfg.static_route_config_)) return -1;
   }
-  return InterfaceIPv4Overlap(*table, cfg.intf_configs_) ? -1 : 0;
+  const bool overlaps = AnyPairAcrossTables(overlap, *table, cfg.intf_configs_,
+                                            [this](const Interface& own, const Interface& other) {
+                                              return InterfaceIPv4Overlap(own, other);
+                                            });
+  return overlaps ? -1 : 0;
 }
 
 int ValidateConfig::ValidateInterfaceIPv6(const Config& cfg, InterfaceType type) {
@@ -202,7 +211,11 @@ int ValidateConfig::ValidateInterfaceIPv6(const Config& cfg, InterfaceType type)
     }
     if (InterfaceIPv6MatchStaticRouteNextHop(interfaces[i], *cfg.static_route_config_)) return -1;
   }
-  return InterfaceIPv6Overlap(*table, cfg.intf_configs_) ? -1 : 0;
+  const bool overlaps = AnyPairAcrossTables(overlap, *table, cfg.intf_configs_,
+                                            [this](const Interface& own, const Interface& other) {
+                                              return InterfaceIPv6Overlap(own, other);
+                                            });
+  return overlaps ? -1 : 0;
 }
 
 // An interface address is neither the network nor the broadcast address of its subnet. Deliberate:
@@ -270,18 +283,20 @@ bool ValidateConfig::InterfaceIPv6Overlap(const Interface& a, const Interface& b
 
 bool ValidateConfig::InterfaceIPv4Overlap(const InterfaceConfig& table,
                                           const std::vector<InterfaceConfig*>& tables) {
-  return AnyPairAcrossTables<nettypes::IPv4AddrMask>(
-      table, tables, [this](const Interface& own, const Interface& other) {
-        return InterfaceIPv4Overlap(own, other);
-      });
+  const AddressOverlap<nettypes::IPv4AddrMask> overlap(table.interfaces_);
+  return AnyPairAcrossTables(overlap, table, tables,
+                             [this](const Interface& own, const Interface& other) {
+                               return InterfaceIPv4Overlap(own, other);
+                             });
 }
 
 bool ValidateConfig::InterfaceIPv6Overlap(const InterfaceConfig& table,
                                           const std::vector<InterfaceConfig*>& tables) {
-  return AnyPairAcrossTables<nettypes::IPv6AddrMask>(
-      table, tables, [this](const Interface& own, const Interface& other) {
-        return InterfaceIPv6Overlap(own, other);
-      });
+  const AddressOverlap<nettypes::IPv6AddrMask> overlap(table.interfaces_);
+  return AnyPairAcrossTables(overlap, table, tables,
+                             [this](const Interface& own, const Interface& other) {
+                               return InterfaceIPv6Overlap(own, other);
+                             });
 }
 
 int ValidateConfig::ValidateOspfv2(const Config& cfg) {

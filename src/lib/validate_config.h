@@ -37,7 +37,6 @@ class ValidateConfig {
   [[nodiscard]] bool InterfaceIPv6Overlap(const Interface& a, const Interface& b);
 
   /// Whether an interface of `table` overlaps one of another kind; true is a fault.
-  /// REQUIRES: no interface of `table` overlaps another of it.
   [[nodiscard]] bool InterfaceIPv4Overlap(const InterfaceConfig& table,
                                           const std::vector<InterfaceConfig*>& tables);
   [[nodiscard]] bool InterfaceIPv6Overlap(const InterfaceConfig& table,

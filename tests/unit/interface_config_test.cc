@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <list>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -845,6 +848,57 @@ TEST(MergeConfigAndInsert, OfTwoEntriesWithOneNameFillsTheFirst) {
               ElementsAre("[other] 4: 6: vrf:vrf-1 lower:1000001",
                           "[twice] 4: 1.0.0.0/24 6: 2001::10/64 vrf:vrf-1 lower:1000001",
                           "[twice] 4: 6: vrf:vrf-2 lower:1000002"));
+}
+
+// Whatever the index had to move while it grew.
+TEST(MergeConfigAndInsert, OfManyEntriesWithTwoNamesFillsTheFirst) {
+  for (int round = 0; round < 30; ++round) {
+    LoConfig table;
+    for (int i = 0; i < 200; ++i) {
+      const std::string name = std::to_string(round) + " " + std::to_string(i);
+      table.interfaces_.push_back(Record(name, 0, 0));
+      table.interfaces_.push_back(Record(name, 0, 0));
+    }
+    for (size_t i = 0; i < table.interfaces_.size(); i += 2) {
+      table.MergeConfigAndInsert(Record(table.interfaces_[i].name, 1, 0));
+      EXPECT_EQ(table.interfaces_[i].ipv4_addr_list.size(), 1u) << table.interfaces_[i].name;
+    }
+  }
+}
+
+// The rule with a search from the front.
+void MergeByFrontSearch(std::vector<Interface>& table, const Interface& intf) {
+  const auto known = std::find_if(table.begin(), table.end(), [&intf](const Interface& other) {
+    return other.name == intf.name;
+  });
+  if (known == table.end()) {
+    table.push_back(intf);
+  } else if (known->ipv4_addr_list.empty() && !intf.ipv4_addr_list.empty()) {
+    known->ipv4_addr_list = intf.ipv4_addr_list;
+  } else if (known->ipv6_addr_list.empty() && !intf.ipv6_addr_list.empty()) {
+    known->ipv6_addr_list = intf.ipv6_addr_list;
+  }
+}
+
+TEST(MergeConfigAndInsert, GivesWhatASearchFromTheFrontGives) {
+  std::mt19937 random(1);
+  for (const unsigned names : {1u, 3u, 40u, 1000u}) {
+    L3Config table;
+    L3Config expected;
+    for (unsigned i = 0; i < 3 * names + 100; ++i) {
+      const Interface record =
+          Record("l3 " + std::to_string(random() % names), static_cast<int>(random() % 2),
+                 static_cast<int>(random() % 2), 1 + static_cast<uint32_t>(random() % 9));
+      if (random() % 16 == 0) {  // by hand, so that names occur twice
+        table.interfaces_.push_back(record);
+        expected.interfaces_.push_back(record);
+      } else {
+        table.MergeConfigAndInsert(record);
+        MergeByFrontSearch(expected.interfaces_, record);
+      }
+    }
+    EXPECT_EQ(Lines(table), Lines(expected)) << names;
+  }
 }
 
 }  // namespace

@@ -43,7 +43,8 @@ class ValidateEntry : public testing::Test {
     tctx_.v_opaque = &registry_;
     tctx_.vcb_opaque = &daemon_;
     tctx_.thandle = 42;
-    keypath_.Tag(1).Tag(2).Tag(3).Key("7").Tag(ipapp_l3);
+    // Fits every point at once: a list as the deepest element, an interface where timers have it.
+    keypath_.Tag(ipapp_l3).Tag(2).Tag(3).Key("7").Tag(ipapp_l3);
     newval_.type = C_NOEXISTS;
   }
   ~ValidateEntry() override { EXPECT_EQ(lib_finish(&context_), 0); }

@@ -1,0 +1,207 @@
+// Cost of merging OSPFv2 records into their table and of joining them with the L3 interfaces by
+// name, without the calls to ConfD. Prints for both how the time grows with the number of records,
+// as the exponent of the line through the medians in logarithmic scale, and how it compares with
+// the plain loops over both tables. Every record passes, so that every pair is looked at.
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <list>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "config.h"
+#include "validate_config.h"
+
+namespace {
+
+using ip_application::config_valid::Interface;
+using ip_application::config_valid::L3Config;
+using ip_application::config_valid::OspfIf;
+using ip_application::config_valid::Ospfv2Config;
+using ip_application::config_valid::ValidateConfig;
+
+constexpr double kMaxExponent = 1.1;
+constexpr int kPlainSize = 10000;  // records, and as many interfaces
+
+std::vector<int> Shuffled(int size, uint32_t seed) {
+  std::vector<int> numbers(static_cast<size_t>(size));
+  for (int i = 0; i < size; ++i) numbers[static_cast<size_t>(i)] = i;
+  std::shuffle(numbers.begin(), numbers.end(), std::mt19937(seed));
+  return numbers;
+}
+
+std::string Name(int number) { return "l3 uplink-" + std::to_string(number); }
+
+nettypes::IPv4AddrMask Address(int number) {
+  return nettypes::IPv4AddrMask(0x0a000000u + static_cast<uint32_t>(number), 24);
+}
+
+// One record of one address for every interface, in an order of its own for every seed.
+std::vector<OspfIf> Records(int size, uint32_t seed) {
+  std::vector<OspfIf> records;
+  for (const int number : Shuffled(size, seed)) {
+    OspfIf record;
+    record.process_id = 10;
+    record.vrf_name = "global";
+    record.intf_name = Name(number);
+    record.addresses = {Address(number)};
+    records.push_back(record);
+  }
+  return records;
+}
+
+void Fill(L3Config& table, int size, uint32_t seed) {
+  for (const int number : Shuffled(size, seed)) {
+    Interface intf;
+    intf.name = Name(number);
+    intf.vrf_name = "global";
+    intf.ipv4_addr_list = {Address(number)};
+    table.MergeConfigAndInsert(intf);
+  }
+}
+
+// The rule about records with a search from the front of the table.
+void MergeByFrontSearch(std::list<std::shared_ptr<OspfIf>>& table, const OspfIf& record) {
+  for (const std::shared_ptr<OspfIf>& known : table) {
+    if (known->intf_name == record.intf_name && known->process_id == record.process_id &&
+        known->vrf_name == record.vrf_name) {
+      known->addresses.push_back(record.addresses.front());
+      return;
+    }
+  }
+  table.push_back(std::make_shared<OspfIf>(record));
+}
+
+// Whether every interface of a record's name has the record's VRF and its one address.
+bool PlainJoin(const L3Config& l3, const Ospfv2Config& ospf) {
+  for (const std::shared_ptr<OspfIf>& record : ospf.table_) {
+    for (const Interface& intf : l3.interfaces_) {
+      if (intf.name != record->intf_name) continue;
+      if (intf.ipv4_addr_list != record->addresses || intf.vrf_name != record->vrf_name) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+// Both rules of the plug-in, one join each.
+bool BothChecks(const L3Config& l3, const Ospfv2Config& ospf) {
+  ValidateConfig checker;
+  return checker.ValidateOspfv2CrossIfL3(l3, ospf) && checker.ValidateOspfv2CrossIfL3Vrf(l3, ospf);
+}
+
+using Check = bool (*)(const L3Config&, const Ospfv2Config&);
+using Seconds = std::function<double(int size, uint32_t seed)>;
+
+template <typename Work>
+double SecondsOf(const Work& work) {
+  const auto begin = std::chrono::steady_clock::now();
+  const bool right = work();
+  const auto end = std::chrono::steady_clock::now();
+  return right ? std::chrono::duration<double>(end - begin).count() : NAN;
+}
+
+double JoinSeconds(Check check, int size, uint32_t seed) {
+  L3Config l3;
+  Fill(l3, size, seed);
+  Ospfv2Config ospf;
+  for (OspfIf& record : Records(size, seed + 1000)) {
+    ospf.table_.push_back(std::make_shared<OspfIf>(record));
+  }
+  return SecondsOf([&] { return check(l3, ospf); });
+}
+
+// Every record comes a second time with another address, as OSPF uses two of an interface.
+double MergeSeconds(int size, uint32_t seed) {
+  std::vector<OspfIf> records = Records(size / 2, seed);
+  std::vector<OspfIf> again = Records(size / 2, seed + 1000);
+  Ospfv2Config table;
+  return SecondsOf([&] {
+    for (OspfIf& record : records) table.MergeConfigAndInsert(record);
+    for (OspfIf& record : again) table.MergeConfigAndInsert(record);
+    return table.table_.size() == records.size() && table.table_.back()->addresses.size() == 2;
+  });
+}
+
+double PlainMergeSeconds(int size, uint32_t seed) {
+  const std::vector<OspfIf> records = Records(size / 2, seed);
+  const std::vector<OspfIf> again = Records(size / 2, seed + 1000);
+  std::list<std::shared_ptr<OspfIf>> table;
+  return SecondsOf([&] {
+    for (const OspfIf& record : records) MergeByFrontSearch(table, record);
+    for (const OspfIf& record : again) MergeByFrontSearch(table, record);
+    return table.size() == records.size() && table.back()->addresses.size() == 2;
+  });
+}
+
+// NAN when a run gave a wrong result.
+double Median(const Seconds& seconds, int size, int repetitions) {
+  std::vector<double> runs;
+  for (int i = 0; i < repetitions; ++i) runs.push_back(seconds(size, static_cast<uint32_t>(i)));
+  if (std::any_of(runs.begin(), runs.end(), [](double run) { return std::isnan(run); })) return NAN;
+  std::nth_element(runs.begin(), runs.begin() + repetitions / 2, runs.end());
+  return runs[static_cast<size_t>(repetitions / 2)];
+}
+
+struct Measured {
+  int size;
+  double seconds;
+};
+
+// Slope of the line through (log size, log seconds) with the least squares.
+double Exponent(const std::vector<Measured>& points) {
+  double x_mean = 0;
+  double y_mean = 0;
+  for (const Measured& point : points) {
+    x_mean += std::log(point.size) / static_cast<double>(points.size());
+    y_mean += std::log(point.seconds) / static_cast<double>(points.size());
+  }
+  double covariance = 0;
+  double variance = 0;
+  for (const Measured& point : points) {
+    const double x = std::log(point.size) - x_mean;
+    covariance += x * (std::log(point.seconds) - y_mean);
+    variance += x * x;
+  }
+  return covariance / variance;
+}
+
+// Prints how `fast` grows and how long `plain` takes. Returns whether the growth is linear and
+// every result was right.
+bool Report(const char* work, const Seconds& fast, const Seconds& plain) {
+  std::vector<Measured> points;
+  printf("%s\n   records          time  per record\n", work);
+  for (const int size : {1000, 2000, 5000, 10000, 20000}) {
+    const double seconds = Median(fast, size, std::max(9, 100000 / size) | 1);
+    points.push_back({size, seconds});
+    printf("%10d  %9.3f ms  %7.0f ns\n", size, seconds * 1e3, seconds / size * 1e9);
+  }
+  const double exponent = Exponent(points);
+  printf("time grows with the number of records to the power of %.3f (at most %.1f)\n", exponent,
+         kMaxExponent);
+  const double fast_seconds = Median(fast, kPlainSize, 11);
+  const double plain_seconds = Median(plain, kPlainSize, 3);
+  printf("plain loops, %d records: %.1f ms, %.0f times as long\n\n", kPlainSize,
+         plain_seconds * 1e3, plain_seconds / fast_seconds);
+  return exponent <= kMaxExponent && !std::isnan(plain_seconds);
+}
+
+}  // namespace
+
+// Exit status 1 when the growth is more than linear or a result is wrong.
+int main() {
+  const bool merge_is_linear =
+      Report("merging records, two for every interface", MergeSeconds, PlainMergeSeconds);
+  const bool join_is_linear = Report(
+      "address and VRF checks, as many interfaces as records",
+      [](int size, uint32_t seed) { return JoinSeconds(BothChecks, size, seed); },
+      [](int size, uint32_t seed) { return JoinSeconds(PlainJoin, size, seed); });
+  return merge_is_linear && join_is_linear ? 0 : 1;
+}

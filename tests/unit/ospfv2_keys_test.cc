@@ -1,0 +1,287 @@
+// Key texts of the OSPF interface list that no data model with types would let through: how they
+// are converted, which exception leaves the read, and what is in the table then.
+#include <arpa/inet.h>
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/system/system_error.hpp>
+#include <cerrno>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "config.h"
+#include "support/key_texts.h"
+#include "support/ospf_json.h"
+#include "support/ospf_records.h"
+#include "support/table_fixture.h"
+
+namespace {
+
+// Texts that inet_pton was called with while this is set.
+std::vector<std::string>* parsed_texts = nullptr;
+
+}  // namespace
+
+extern "C" int inet_pton(int family, const char* text, void* addr) noexcept {
+  static const auto original =
+      reinterpret_cast<int (*)(int, const char*, void*)>(dlsym(RTLD_NEXT, "inet_pton"));
+  if (parsed_texts != nullptr) {
+    parsed_texts->push_back((family == AF_INET ? "" : "other family: ") + std::string(text));
+  }
+  return original(family, text, addr);
+}
+
+namespace ip_application::config_valid {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::Device;
+using tests::ExpectedCalls;
+using tests::Join;
+using tests::OspfEntry;
+using tests::OspfProcess;
+using tests::TextsOf;
+
+constexpr ConfigAddrFamily kIpv4 = ConfigAddrFamily::IPv4;
+constexpr char kEntries[] = "/internal/ospf-interface-l3";
+constexpr char kVrfOf1[] = "maapi_get_str_elem /internal/ospf-index-to-proc-id{1}/vrf_name";
+
+// Three entries; a test gives keys of the second one another text.
+class OspfKeys : public tests::TableTest {
+ protected:
+  OspfKeys() {
+    framework::SetLogEnabled(true);
+    framework::TakeLogLines();
+    Configure(Device{
+        .ospf = Join({OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", 24),
+                      OspfEntry(2, "0.0.0.2", "l3-2", "10.0.0.2", 24),
+                      OspfEntry(3, "0.0.0.3", "l3-3", "10.0.0.3", 24)}),
+        .ospf_processes =
+            Join({OspfProcess(0, 40, "zero"), OspfProcess(1, 10, "red"), OspfProcess(3, 30, "red"),
+                  OspfProcess(5, 50, "five"), OspfProcess(8, 80, "eight"),
+                  OspfProcess(10, 100, "ten"), OspfProcess(4294967295, 99, "last")})});
+    Bind(table);
+  }
+
+  // The calls up to the exception in the second entry.
+  static ExpectedCalls UpToTheSecond() {
+    ExpectedCalls calls;
+    calls.Walk(kEntries, 3)
+        .Add(
+            "maapi_get_u_int8_elem /internal/ospf-interface-l3{1 0.0.0.1 l3-1 10.0.0.1}/ospf-pm-ip-netmask")
+        .Add("maapi_get_u_int32_elem /internal/ospf-index-to-proc-id{1}/proc_id")
+        .Add(kVrfOf1);
+    return calls;
+  }
+
+  void ExpectOnlyTheFirst() {
+    EXPECT_THAT(TextsOf(table), ElementsAre("l3 1: ospf 10 vrf red area 0.0.0.1: 10.0.0.1/24"));
+    EXPECT_EQ(TakeCalls(), UpToTheSecond());
+    EXPECT_FALSE(table.ipv4_read_);
+  }
+
+  // A read that ends with an exception in the second entry. `left` is errno when its keys are
+  // converted.
+  void ExpectError(int left, int code) {
+    on_call = [this, left](const std::string& call) {
+      if (call != kVrfOf1) return;
+      errno = left;
+      parsed_texts = &quads;
+    };
+    bool thrown = false;
+    try {
+      table.ReadConfigIfNeeded(kIpv4);
+    } catch (const boost::system::system_error& error) {
+      thrown = true;
+      EXPECT_EQ(error.code().value(), code);
+      EXPECT_TRUE(error.code().category() == boost::system::system_category());
+      // With an empty prefix the text is the one of the code.
+      EXPECT_STREQ(error.what(), boost::system::system_error(error.code()).what());
+    }
+    parsed_texts = nullptr;
+    EXPECT_TRUE(thrown);
+    ExpectOnlyTheFirst();
+  }
+
+  std::vector<std::string> quads;  // that were parsed of the second entry, in order
+  tests::KeyTexts texts;
+  Ospfv2Config table;
+};
+
+// Compound ids ---------------------------------------------------------------------------------
+
+struct IdCase {
+  const char* name;
+  const char* text;
+  const char* record;  // of the second entry
+};
+
+std::ostream& operator<<(std::ostream& out, const IdCase& c) { return out << c.name; }
+
+const IdCase kIdCases[] = {
+    {"Number", "5", "l3 2: ospf 50 vrf five area 0.0.0.2: 10.0.0.2/0"},
+    {"Zero", "0", "l3 2: ospf 40 vrf zero area 0.0.0.2: 10.0.0.2/0"},
+    {"LeadingZeroIsDecimal", "010", "l3 2: ospf 100 vrf ten area 0.0.0.2: 10.0.0.2/0"},
+    {"TextBehind", "5x", "l3 2: ospf 50 vrf five area 0.0.0.2: 10.0.0.2/0"},
+    {"BlankInFront", " 5", "l3 2: ospf 50 vrf five area 0.0.0.2: 10.0.0.2/0"},
+    {"PlusSign", "+5", "l3 2: ospf 50 vrf five area 0.0.0.2: 10.0.0.2/0"},
+    {"HexadecimalIsZero", "0x8", "l3 2: ospf 40 vrf zero area 0.0.0.2: 10.0.0.2/0"},
+    {"Largest32Bits", "4294967295", "l3 2: ospf 99 vrf last area 0.0.0.2: 10.0.0.2/0"},
+    // The number has 64 bits and the compound id the lower 32 of them.
+    {"Bit32", "4294967296", "l3 2: ospf 40 vrf zero area 0.0.0.2: 10.0.0.2/0"},
+    {"Above32Bits", "4294967301", "l3 2: ospf 50 vrf five area 0.0.0.2: 10.0.0.2/0"},
+    {"Largest64Bits", "18446744073709551615", "l3 2: ospf 99 vrf last area 0.0.0.2: 10.0.0.2/0"},
+    {"MinusOne", "-1", "l3 2: ospf 99 vrf last area 0.0.0.2: 10.0.0.2/0"},
+};
+
+class CompoundId : public OspfKeys, public testing::WithParamInterface<IdCase> {};
+
+TEST_P(CompoundId, IsADecimalNumber) {
+  texts.instead_of["2"] = GetParam().text;
+  table.ReadConfigIfNeeded(kIpv4);
+  EXPECT_THAT(TextsOf(table),
+              ElementsAre("l3 1: ospf 10 vrf red area 0.0.0.1: 10.0.0.1/24", GetParam().record,
+                          "l3 3: ospf 30 vrf red area 0.0.0.3: 10.0.0.3/24"));
+  EXPECT_EQ(framework::TakeLogLines().size(), 1u) << "the entry has another id in the list";
+}
+
+INSTANTIATE_TEST_SUITE_P(Numbers, CompoundId, testing::ValuesIn(kIdCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+struct BadIdCase {
+  const char* name;
+  const char* text;
+  bool is_number;  // but too large
+};
+
+std::ostream& operator<<(std::ostream& out, const BadIdCase& c) { return out << c.name; }
+
+const BadIdCase kBadIdCases[] = {
+    {"Empty", "", false},
+    {"Blank", " ", false},
+    {"Word", "two", false},
+    {"Sign", "-", false},
+    {"TextInFront", "x5", false},
+    {"Dot", ".5", false},
+    {"Above64Bits", "18446744073709551616", true},
+    {"AboveNegative64Bits", "-18446744073709551616", true},
+    {"ManyDigits", "99999999999999999999999999999999", true},
+};
+
+class BadCompoundId : public OspfKeys, public testing::WithParamInterface<BadIdCase> {};
+
+TEST_P(BadCompoundId, LeavesTheRead) {
+  texts.instead_of["2"] = GetParam().text;
+  // The id is converted first.
+  texts.instead_of["0.0.0.2"] = "no area";
+  texts.instead_of["10.0.0.2"] = "no address";
+  try {
+    table.ReadConfigIfNeeded(kIpv4);
+    FAIL() << "no exception";
+  } catch (const std::invalid_argument& error) {
+    EXPECT_FALSE(GetParam().is_number);
+    EXPECT_STREQ(error.what(), "stoul");
+  } catch (const std::out_of_range& error) {
+    EXPECT_TRUE(GetParam().is_number);
+    EXPECT_STREQ(error.what(), "stoul");
+  }
+  ExpectOnlyTheFirst();
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, BadCompoundId, testing::ValuesIn(kBadIdCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// Areas and addresses --------------------------------------------------------------------------
+
+struct BadQuadCase {
+  const char* name;
+  const char* text;
+};
+
+std::ostream& operator<<(std::ostream& out, const BadQuadCase& c) { return out << c.name; }
+
+const BadQuadCase kBadQuadCases[] = {
+    {"Empty", ""},
+    {"Word", "backbone"},
+    {"Number", "2"},
+    {"ThreeBytes", "10.0.0"},
+    {"FiveBytes", "10.0.0.0.2"},
+    {"ByteAbove255", "10.0.0.256"},
+    {"LeadingZero", "10.0.0.02"},
+    {"Hexadecimal", "0xa.0.0.2"},
+    {"Negative", "10.0.0.-2"},
+    {"PrefixLength", "10.0.0.2/24"},
+    {"BlankInFront", " 10.0.0.2"},
+    {"BlankBehind", "10.0.0.2 "},
+    {"DotBehind", "10.0.0.2."},
+    {"Ipv6", "2001:db8::2"},
+    {"MappedIpv6", "::ffff:10.0.0.2"},
+};
+
+class BadQuad : public OspfKeys, public testing::WithParamInterface<BadQuadCase> {};
+
+TEST_P(BadQuad, AsAreaLeavesTheRead) {
+  texts.instead_of["0.0.0.2"] = GetParam().text;
+  ExpectError(0, EINVAL);
+  EXPECT_THAT(quads, ElementsAre(GetParam().text));
+}
+
+TEST_P(BadQuad, AsAddressLeavesTheRead) {
+  texts.instead_of["10.0.0.2"] = GetParam().text;
+  ExpectError(0, EINVAL);
+  EXPECT_THAT(quads, ElementsAre("0.0.0.2", GetParam().text));
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, BadQuad, testing::ValuesIn(kBadQuadCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+class QuadErrorCode : public OspfKeys, public testing::WithParamInterface<int> {};
+
+// The code is what an earlier call left in errno: the conversion neither sets nor clears it.
+TEST_P(QuadErrorCode, IsErrnoAsItStood) {
+  texts.instead_of["0.0.0.2"] = "backbone";
+  ExpectError(GetParam(), GetParam());
+}
+
+TEST_P(QuadErrorCode, IsErrnoAsItStoodForAnAddress) {
+  texts.instead_of["10.0.0.2"] = "no address";
+  ExpectError(GetParam(), GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Errno, QuadErrorCode, testing::Values(ENOENT, EAGAIN, EINVAL, ERANGE));
+
+TEST_F(OspfKeys, AreaIsParsedBeforeTheAddress) {
+  texts.instead_of["0.0.0.2"] = "no area";
+  texts.instead_of["10.0.0.2"] = "no address";
+  ExpectError(0, EINVAL);
+  EXPECT_THAT(quads, ElementsAre("no area"));
+}
+
+// A name without hyphen comes first: its other keys are not looked at.
+TEST_F(OspfKeys, OfASkippedEntryAreNotConverted) {
+  texts.instead_of = {{"2", "two"}, {"0.0.0.2", "area"}, {"l3-2", "l3 2"}, {"10.0.0.2", "quad"}};
+  table.ReadConfigIfNeeded(kIpv4);
+  EXPECT_THAT(TextsOf(table), ElementsAre("l3 1: ospf 10 vrf red area 0.0.0.1: 10.0.0.1/24",
+                                          "l3 3: ospf 30 vrf red area 0.0.0.3: 10.0.0.3/24"));
+  EXPECT_THAT(framework::TakeLogLines(), IsEmpty());
+}
+
+// What was merged stays, and a read that ended with an exception is no read.
+TEST_F(OspfKeys, ReadAfterAnExceptionMergesTheFirstAgain) {
+  texts.instead_of["2"] = "two";
+  EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
+  texts.instead_of.clear();
+  table.ReadConfigIfNeeded(kIpv4);
+  EXPECT_TRUE(table.ipv4_read_);
+  EXPECT_THAT(TextsOf(table),
+              ElementsAre("l3 1: ospf 10 vrf red area 0.0.0.1: 10.0.0.1/24 10.0.0.1/24",
+                          "l3 2: ospf 0 vrf  area 0.0.0.2: 10.0.0.2/24",
+                          "l3 3: ospf 30 vrf red area 0.0.0.3: 10.0.0.3/24"));
+}
+
+}  // namespace
+}  // namespace ip_application::config_valid

@@ -3,9 +3,6 @@
 // grows with the number of interfaces, as the exponent of the line through the medians in
 // logarithmic scale, and how it compares with a search from the front of the table.
 
-#include <malloc.h>
-#include <time.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -15,6 +12,7 @@
 #include <vector>
 
 #include "config.h"
+#include "growth.h"
 
 namespace {
 
@@ -90,13 +88,6 @@ bool GivesTheSameTable(const std::vector<std::string>& keys) {
                     });
 }
 
-// Processor time of this thread, so that what else runs on the machine counts little.
-double CpuSeconds() {
-  timespec now;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
 // Median of the time of one load in seconds; every repetition gets its own order of names.
 template <typename Table>
 double MedianSeconds(int size, int repetitions) {
@@ -104,51 +95,26 @@ double MedianSeconds(int size, int repetitions) {
   for (int i = 0; i < repetitions; ++i) {
     const std::vector<std::string> keys = Keys(size, static_cast<uint32_t>(i));
     Table table;
-    const double begin = CpuSeconds();
+    const double begin = bench::CpuSeconds();
     Load(keys, table);
-    seconds.push_back(CpuSeconds() - begin);
+    seconds.push_back(bench::CpuSeconds() - begin);
   }
   std::nth_element(seconds.begin(), seconds.begin() + repetitions / 2, seconds.end());
   return seconds[static_cast<size_t>(repetitions / 2)];
-}
-
-struct Measured {
-  int size;
-  double seconds;
-};
-
-// Slope of the line through (log size, log seconds) with the least squares.
-double Exponent(const std::vector<Measured>& points) {
-  double x_mean = 0;
-  double y_mean = 0;
-  for (const Measured& point : points) {
-    x_mean += std::log(point.size) / static_cast<double>(points.size());
-    y_mean += std::log(point.seconds) / static_cast<double>(points.size());
-  }
-  double covariance = 0;
-  double variance = 0;
-  for (const Measured& point : points) {
-    const double x = std::log(point.size) - x_mean;
-    covariance += x * (std::log(point.seconds) - y_mean);
-    variance += x * x;
-  }
-  return covariance / variance;
 }
 
 }  // namespace
 
 // Exit status 1 when the growth is more than linear or a table is wrong.
 int main() {
-  // Memory of one repetition serves the next: what is measured is not how fast the kernel gives it.
-  mallopt(M_MMAP_THRESHOLD, 32 << 20);
-  mallopt(M_TRIM_THRESHOLD, 1 << 30);
+  bench::KeepFreedMemory();
 
   if (!GivesTheSameTable(Keys(2000, 7))) {
     puts("the table is not the one that a search from the front gives");
     return 1;
   }
 
-  std::vector<Measured> points;
+  std::vector<bench::Measured> points;
   puts("interfaces  load, both families  per interface");
   for (const int size : {1000, 2000, 5000, 10000, 20000, 50000, 100000}) {
     const int repetitions = std::max(9, 200000 / size) | 1;
@@ -156,7 +122,7 @@ int main() {
     points.push_back({size, seconds});
     printf("%10d  %15.3f ms  %10.0f ns\n", size, seconds * 1e3, seconds / size * 1e9);
   }
-  const double exponent = Exponent(points);
+  const double exponent = bench::Exponent(points);
   printf("time grows with the number of interfaces to the power of %.3f (at most %.1f)\n", exponent,
          kMaxExponent);
 

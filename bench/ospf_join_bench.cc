@@ -4,7 +4,6 @@
 // the plain loops over both tables. Every record passes, so that every pair is looked at.
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "config.h"
+#include "growth.h"
 #include "validate_config.h"
 
 namespace {
@@ -102,10 +102,10 @@ using Seconds = std::function<double(int size, uint32_t seed)>;
 
 template <typename Work>
 double SecondsOf(const Work& work) {
-  const auto begin = std::chrono::steady_clock::now();
+  const double begin = bench::CpuSeconds();
   const bool right = work();
-  const auto end = std::chrono::steady_clock::now();
-  return right ? std::chrono::duration<double>(end - begin).count() : NAN;
+  const double seconds = bench::CpuSeconds() - begin;
+  return right ? seconds : NAN;
 }
 
 double JoinSeconds(Check check, int size, uint32_t seed) {
@@ -150,40 +150,17 @@ double Median(const Seconds& seconds, int size, int repetitions) {
   return runs[static_cast<size_t>(repetitions / 2)];
 }
 
-struct Measured {
-  int size;
-  double seconds;
-};
-
-// Slope of the line through (log size, log seconds) with the least squares.
-double Exponent(const std::vector<Measured>& points) {
-  double x_mean = 0;
-  double y_mean = 0;
-  for (const Measured& point : points) {
-    x_mean += std::log(point.size) / static_cast<double>(points.size());
-    y_mean += std::log(point.seconds) / static_cast<double>(points.size());
-  }
-  double covariance = 0;
-  double variance = 0;
-  for (const Measured& point : points) {
-    const double x = std::log(point.size) - x_mean;
-    covariance += x * (std::log(point.seconds) - y_mean);
-    variance += x * x;
-  }
-  return covariance / variance;
-}
-
 // Prints how `fast` grows and how long `plain` takes. Returns whether the growth is linear and
 // every result was right.
 bool Report(const char* work, const Seconds& fast, const Seconds& plain) {
-  std::vector<Measured> points;
+  std::vector<bench::Measured> points;
   printf("%s\n   records          time  per record\n", work);
   for (const int size : {1000, 2000, 5000, 10000, 20000}) {
     const double seconds = Median(fast, size, std::max(9, 100000 / size) | 1);
     points.push_back({size, seconds});
     printf("%10d  %9.3f ms  %7.0f ns\n", size, seconds * 1e3, seconds / size * 1e9);
   }
-  const double exponent = Exponent(points);
+  const double exponent = bench::Exponent(points);
   printf("time grows with the number of records to the power of %.3f (at most %.1f)\n", exponent,
          kMaxExponent);
   const double fast_seconds = Median(fast, kPlainSize, 11);
@@ -197,6 +174,7 @@ bool Report(const char* work, const Seconds& fast, const Seconds& plain) {
 
 // Exit status 1 when the growth is more than linear or a result is wrong.
 int main() {
+  bench::KeepFreedMemory();
   const bool merge_is_linear =
       Report("merging records, two for every interface", MergeSeconds, PlainMergeSeconds);
   const bool join_is_linear = Report(

@@ -1,9 +1,14 @@
 #include "address_overlap.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <iterator>
 #include <limits>
+#include <numeric>
 #include <string_view>
-#include <tuple>
+#include <type_traits>
 #include <unordered_map>
 
 namespace ip_application::config_valid {
@@ -14,62 +19,79 @@ std::string_view AddressSpaceOf(const std::string& vrf_name) {
   return vrf_name == "mgmt" ? "global" : std::string_view(vrf_name);
 }
 
+__extension__ using Uint128 = unsigned __int128;
+
+uint32_t NumberOf(const nettypes::IPv4Addr& addr) { return addr.to_uint32(); }
+
+Uint128 NumberOf(const nettypes::IPv6Addr& addr) {
+  Uint128 number = 0;
+  for (const uint8_t byte : addr.bytes()) number = number << 8 | byte;
+  return number;
+}
+
+const auto& AddressesOf(const Interface& intf, const nettypes::IPv4AddrMask* /*family*/) {
+  return intf.ipv4_addr_list;
+}
+
+const auto& AddressesOf(const Interface& intf, const nettypes::IPv6AddrMask* /*family*/) {
+  return intf.ipv6_addr_list;
+}
+
+// One prefix of a table, and later one component: what it covers, as numbers.
+template <typename Number>
+struct Record {
+  Number first;
+  Number last;
+  uint32_t owner;  // position in the table
+};
+
 template <typename AddrMask>
-struct Family;
-
-template <>
-struct Family<nettypes::IPv4AddrMask> {
-  static constexpr unsigned kFullLength = 32;
-  static const auto& Addresses(const Interface& intf) { return intf.ipv4_addr_list; }
-};
-
-template <>
-struct Family<nettypes::IPv6AddrMask> {
-  static constexpr unsigned kFullLength = 128;
-  static const auto& Addresses(const Interface& intf) { return intf.ipv6_addr_list; }
-};
-
-// First and last address of a prefix, as numbers.
-struct Ipv4Range {
-  uint32_t first;
-  uint32_t last;
-};
-
-struct Number128 {
-  uint64_t high;
-  uint64_t low;
-  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the defaulted body for a null pointer
-  friend constexpr auto operator<=>(const Number128&, const Number128&) = default;
-};
-
-struct Ipv6Range {
-  Number128 first;
-  Number128 last;
-};
-
-Ipv4Range RangeOf(const nettypes::IPv4AddrMask& mask) {
-  const uint32_t host_bits =
-      mask.prefix_len() == 0 ? ~uint32_t{0} : (uint32_t{1} << (32 - mask.prefix_len())) - 1;
-  const uint32_t addr = mask.addr().to_uint32();
-  return {addr & ~host_bits, addr | host_bits};
+auto RecordOf(const AddrMask& mask, uint32_t owner) {
+  const auto addr = NumberOf(mask.addr());
+  using Number = std::remove_const_t<decltype(addr)>;
+  const Number host_bits =
+      mask.prefix_len() == AddrMask::kMaxPrefixLen ? 0 : ~Number{0} >> mask.prefix_len();
+  return Record<Number>{addr & ~host_bits, addr | host_bits, owner};
 }
 
-// The `count` lowest bits set, 0 to 64.
-uint64_t LowBits(unsigned count) {
-  return count == 0 ? 0 : std::numeric_limits<uint64_t>::max() >> (64 - count);
-}
+constexpr size_t kFewRecords = 24;  // up to here comparing is quicker than dealing out
+constexpr int kMaxPileBits = 11;
 
-Ipv6Range RangeOf(const nettypes::IPv6AddrMask& mask) {
-  Number128 addr{0, 0};
-  const auto bytes = mask.addr().bytes();
-  for (size_t i = 0; i < 8; ++i) {
-    addr.high = addr.high << 8 | bytes[i];
-    addr.low = addr.low << 8 | bytes[i + 8];
+// Sorts by first address, in time that grows with the number of records only: deals them out by the
+// leading bits in which they differ, then each pile likewise. `spare` has room for all of them.
+template <typename Number>
+void SortByFirst(Record<Number>* begin, Record<Number>* end, Record<Number>* spare) {
+  const auto count = static_cast<size_t>(end - begin);
+  if (count <= kFewRecords) {
+    std::sort(begin, end, [](const auto& a, const auto& b) { return a.first < b.first; });
+    return;
   }
-  const unsigned host_bits = 128u - mask.prefix_len();
-  const uint64_t high = LowBits(host_bits > 64 ? host_bits - 64 : 0);
-  const uint64_t low = LowBits(std::min(host_bits, 64u));
-  return {{addr.high & ~high, addr.low & ~low}, {addr.high | high, addr.low | low}};
+  Number differing = 0;
+  for (const auto* record = begin; record != end; ++record) {
+    differing |= record->first ^ begin->first;
+  }
+  if (differing == 0) return;
+  const int bits = std::min(static_cast<int>(std::bit_width(count)), kMaxPileBits);
+  int shift = 0;
+  while (differing >> shift >> bits != 0) ++shift;
+  const size_t piles = size_t{1} << bits;
+  const auto pile_of = [shift, piles](const Record<Number>& record) {
+    return static_cast<size_t>(record.first >> shift) & (piles - 1);
+  };
+
+  std::array<size_t, (size_t{1} << kMaxPileBits) + 1> starts;  // where the next one of a pile goes
+  std::fill_n(starts.begin(), piles + 1, 0);
+  for (const auto* record = begin; record != end; ++record) ++starts[pile_of(*record) + 1];
+  std::partial_sum(starts.begin(), starts.begin() + static_cast<ptrdiff_t>(piles), starts.begin());
+  for (const auto* record = begin; record != end; ++record) {
+    spare[starts[pile_of(*record)]++] = *record;
+  }
+  std::copy(spare, spare + count, begin);
+  size_t start = 0;
+  for (size_t pile = 0; pile < piles; ++pile) {  // starts[pile] has become the end of the pile
+    if (starts[pile] - start > 1) SortByFirst(begin + start, begin + starts[pile], spare);
+    start = starts[pile];
+  }
 }
 
 }  // namespace
@@ -80,73 +102,52 @@ bool ShareAddressSpace(const std::string& vrf_a, const std::string& vrf_b) {
 
 template <typename AddrMask>
 struct AddressOverlap<AddrMask>::Components {
-  using Range = decltype(RangeOf(AddrMask()));
+  using Number = decltype(NumberOf(AddrMask().addr()));
+  using Records = std::vector<Record<Number>>;
 
-  // One address, and later one component.
-  struct Record {
-    uint32_t space;
-    uint32_t owner;  // position in the table
-    Range range;
-  };
-
-  uint32_t SpaceNumber(const std::string& vrf_name) {
-    const auto next = static_cast<uint32_t>(spaces.size());
-    return spaces.try_emplace(std::string(AddressSpaceOf(vrf_name)), next).first->second;
-  }
-
-  // Cuts the sorted records into components, which take their place, and finds the smallest owner
-  // in a component with several.
-  void Build(std::vector<Record> records) {
-    std::sort(records.begin(), records.end(), [](const Record& a, const Record& b) {
-      return std::tie(a.space, a.range.first) < std::tie(b.space, b.range.first);
-    });
-    for (const Record& record : records) {
-      const bool inside = !components.empty() && components.back().space == record.space &&
-                          record.range.first <= components.back().range.last;
-      if (!inside) {
-        components.push_back(record);
+  // Cuts the records of one address space into components, which take their place, and finds the
+  // smallest owner in a component with several.
+  void Cut(Records& records) {
+    Records spare(records.size());
+    SortByFirst(records.data(), records.data() + records.size(), spare.data());
+    auto component = records.begin();
+    for (auto record = std::next(component); record != records.end(); ++record) {
+      if (record->first > component->last) {
+        *++component = *record;
         continue;
       }
-      Record& component = components.back();
-      component.range.last = std::max(component.range.last, record.range.last);
-      if (component.owner != record.owner) {
-        component.owner = std::min(component.owner, record.owner);
-        first_overlapping = std::min<size_t>(first_overlapping, component.owner);
+      component->last = std::max(component->last, record->last);
+      if (component->owner != record->owner) {
+        component->owner = std::min(component->owner, record->owner);
+        first_overlapping = std::min<size_t>(first_overlapping, component->owner);
       }
     }
+    records.erase(std::next(component), records.end());
   }
 
-  bool Meets(uint32_t space, const Range& range) const {
-    // The last component that begins at or before the end of the range.
-    const auto behind = std::upper_bound(
-        components.begin(), components.end(), range, [space](const Range& r, const Record& c) {
-          return std::tie(space, r.last) < std::tie(c.space, c.range.first);
-        });
-    if (behind == components.begin()) return false;
-    const Record& component = *std::prev(behind);
-    return component.space == space && component.range.last >= range.first;
-  }
-
-  std::unordered_map<std::string, uint32_t> spaces;  // by AddressSpaceOf
-  std::vector<Record> components;                    // by address space and first address
+  std::unordered_map<std::string, Records> spaces;  // by AddressSpaceOf; none is empty
   size_t first_overlapping = std::numeric_limits<size_t>::max();
 };
 
 template <typename AddrMask>
 AddressOverlap<AddrMask>::AddressOverlap(const std::vector<Interface>& interfaces) {
   auto components = std::make_unique<Components>();
-  std::vector<typename Components::Record> records;
+  typename Components::Records* space = nullptr;  // of the interface before
+  const std::string* vrf_name = nullptr;
   uint32_t owner = 0;
   for (const Interface& intf : interfaces) {
-    const auto& addresses = Family<AddrMask>::Addresses(intf);
-    const uint32_t space = addresses.empty() ? 0 : components->SpaceNumber(intf.vrf_name);
+    const auto& addresses = AddressesOf(intf, static_cast<const AddrMask*>(nullptr));
+    if (!addresses.empty() && (vrf_name == nullptr || *vrf_name != intf.vrf_name)) {
+      vrf_name = &intf.vrf_name;
+      space = &components->spaces[std::string(AddressSpaceOf(*vrf_name))];
+    }
     for (const AddrMask& mask : addresses) {
-      if (mask.prefix_len() > Family<AddrMask>::kFullLength) return;
-      records.push_back({space, owner, RangeOf(mask)});
+      if (mask.prefix_len() > AddrMask::kMaxPrefixLen) return;
+      space->push_back(RecordOf(mask, owner));
     }
     ++owner;
   }
-  components->Build(std::move(records));
+  for (auto& [name, records] : components->spaces) components->Cut(records);
   components_ = std::move(components);
 }
 
@@ -163,9 +164,15 @@ bool AddressOverlap<AddrMask>::MayOverlap(const Interface& other) const {
   if (components_ == nullptr) return true;
   const auto space = components_->spaces.find(std::string(AddressSpaceOf(other.vrf_name)));
   if (space == components_->spaces.end()) return false;
-  for (const AddrMask& mask : Family<AddrMask>::Addresses(other)) {
-    if (mask.prefix_len() > Family<AddrMask>::kFullLength) return true;
-    if (components_->Meets(space->second, RangeOf(mask))) return true;
+  for (const AddrMask& mask : AddressesOf(other, static_cast<const AddrMask*>(nullptr))) {
+    if (mask.prefix_len() > AddrMask::kMaxPrefixLen) return true;
+    const auto& components = space->second;
+    const auto wanted = RecordOf(mask, 0);
+    // The first component that ends at or behind the start of the prefix.
+    const auto component =
+        std::lower_bound(components.begin(), components.end(), wanted,
+                         [](const auto& c, const auto& w) { return c.last < w.first; });
+    if (component != components.end() && component->first <= wanted.last) return true;
   }
   return false;
 }

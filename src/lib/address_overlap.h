@@ -45,7 +45,6 @@ class AddressOverlap {
   bool MayOverlapLater(size_t position) const;
 
   /// Whether an interface of another table may overlap one of this table; false is certain.
-  /// REQUIRES: no interface of this table overlaps another of it.
   bool MayOverlap(const Interface& other) const;
 
  private:

@@ -133,19 +133,19 @@ template <typename AddrMask>
 AddressOverlap<AddrMask>::AddressOverlap(const std::vector<Interface>& interfaces) {
   auto components = std::make_unique<Components>();
   typename Components::Records* space = nullptr;  // of the interface before
-  const std::string* vrf_name = nullptr;
-  uint32_t owner = 0;
-  for (const Interface& intf : interfaces) {
+  const std::string* vrf_name = nullptr;          // likewise
+  for (size_t owner = 0; owner < interfaces.size(); ++owner) {
+    const Interface& intf = interfaces[owner];
     const auto& addresses = AddressesOf(intf, static_cast<const AddrMask*>(nullptr));
-    if (!addresses.empty() && (vrf_name == nullptr || *vrf_name != intf.vrf_name)) {
+    if (addresses.empty()) continue;
+    if (space == nullptr || *vrf_name != intf.vrf_name) {
       vrf_name = &intf.vrf_name;
       space = &components->spaces[std::string(AddressSpaceOf(*vrf_name))];
     }
     for (const AddrMask& mask : addresses) {
       if (mask.prefix_len() > AddrMask::kMaxPrefixLen) return;
-      space->push_back(RecordOf(mask, owner));
+      space->push_back(RecordOf(mask, static_cast<uint32_t>(owner)));
     }
-    ++owner;
   }
   for (auto& [name, records] : components->spaces) components->Cut(records);
   components_ = std::move(components);

@@ -133,7 +133,7 @@ std::string StaticRouteConfig::GetIntfNameFromRoute(const maapi_cursor& cursor) 
   confd_free_value(&l3_intf_name);
   // Deliberate: whatever the third character is, interface tables have a blank there ("l3 7"). A
   // name of two characters gets one behind it, a shorter one throws.
-  return name.replace(2, 1, " ");
+  return name.replace(2, 1, 1, ' ');
 }
 
 bool StaticRouteConfig::FindNextHop(const RouteKey<nettypes::IPv4Addr>& key,

@@ -55,10 +55,10 @@ struct ValidationPoint {
 /// The compiled data model with its tags and validation points. Immutable.
 class Schema {
  public:
-  /// Loads every module in `yang_dir`. Of the schemas that are alive, the one
-  /// loaded last names the tags for confd_hash2str and confd_pp_kpath.
-  /// @throws Error  no module there, one does not compile, two names have one tag, a path or the keys of a
-  ///                list do not fit a keypath, or a dependency names no node.
+  /// Loads every module in `yang_dir`. Of the schemas that are alive, the one loaded last names the
+  /// tags for confd_hash2str and confd_pp_kpath.
+  /// @throws Error  no module there, one does not compile, two names have one tag, a path or the
+  /// keys of a list do not fit a keypath, or a dependency names no node.
   static std::shared_ptr<const Schema> Load(const std::filesystem::path& yang_dir);
 
   virtual ~Schema() = default;

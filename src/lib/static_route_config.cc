@@ -124,13 +124,14 @@ std::string StaticRouteConfig::GetIntfNameFromRoute(const maapi_cursor& cursor) 
 
   if (maapi_exists(sock_, trans_->thandle, "%s", path.c_str()) != 1) return "";
   confd_value_t l3_intf_name;
+  CONFD_SET_NOEXISTS(&l3_intf_name);
   if (maapi_get_elem(sock_, trans_->thandle, &l3_intf_name, "%s", path.c_str()) == CONFD_ERR) {
     return "";
   }
   IPAV_REQUIRE_TYPE(l3_intf_name, C_BUF, "(&l3_intf_name)->type == C_BUF",
                     "src/lib/static_route_config", 105);
   std::string name = CONFD_GET_CBUFPTR(&l3_intf_name);
-  confd_free_value(&l3_intf_name);
+  confd_free_value(&l3_intf_name);  // first, as what follows may throw
   // Deliberate: whatever the third character is, interface tables have a blank there ("l3 7"). A
   // name of two characters gets one behind it, a shorter one throws.
   return name.replace(2, 1, 1, ' ');

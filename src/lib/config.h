@@ -64,8 +64,8 @@ class GenericConfig {
   nettypes::IPv4Addr get_ipv4_addr(const confd_value_t& v) const;
   nettypes::IPv6Addr get_ipv6_addr(const confd_value_t& v) const;
 
-  /// The same with the prefix length in a C_INT32; the unspecified mask when either has another
-  /// type.
+  /// The same with the prefix length in a C_INT32, of which the low eight bits count; the
+  /// unspecified mask when either has another type.
   nettypes::IPv4AddrMask get_ipv4_addr_mask(const confd_value_t& addr,
                                             const confd_value_t& prefix) const;
   nettypes::IPv6AddrMask get_ipv6_addr_mask(const confd_value_t& addr,
@@ -140,7 +140,8 @@ class InterfaceConfig : public GenericConfig {
   /// list and never both; everything else stays as it was first read.
   void MergeConfigAndInsert(const Interface& intf);
 
-  std::vector<Interface> interfaces_;  ///< in the order of first insertion; names are unique
+  std::vector<Interface>
+      interfaces_;  ///< in the order of first insertion; names are unique, nothing is removed
   const InterfaceType type_;
 
  private:

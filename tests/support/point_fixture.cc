@@ -111,7 +111,11 @@ std::string PointTest::Validate(const std::string& opaque, confd::Keypath& keypa
   const int result = LoadedModule().validate(context.get(), keypath.get(), &value);
   confd::WatchCalls(nullptr);
   failing_call_ = -1;
-  if (result == 0) return "accepted";
+  if (result == 0) {
+    EXPECT_FALSE(context.has_error()) << "accepted, but with the text " << context.error();
+    return "accepted";
+  }
+  EXPECT_EQ(result, -1);
   return context.has_error() ? context.error() : "refused";
 }
 

@@ -100,5 +100,5 @@ int validate_ipv6_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
 int validate_lower_layer_cross_prot(int /*maapi_sock*/, confd_trans_ctx* /*tctx*/,
                                     confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
                                     Config& /*cfg*/) {
-  return 0;
+  return 0;  // checks nothing yet
 }

@@ -148,34 +148,53 @@ double PlainMergeSeconds(int size, Seed seed) {
 }
 
 // NAN when a run gave a wrong result.
-double Median(const Seconds& seconds, int size, int repetitions, bool shuffled = false) {
+double Median(std::vector<double> runs) {
+  if (std::any_of(runs.begin(), runs.end(), [](double run) { return std::isnan(run); })) return NAN;
+  const auto middle = runs.begin() + static_cast<ptrdiff_t>(runs.size() / 2);
+  std::nth_element(runs.begin(), middle, runs.end());
+  return *middle;
+}
+
+double MedianOf(int repetitions, const Seconds& seconds, int size, bool shuffled = false) {
   std::vector<double> runs;
   for (int i = 0; i < repetitions; ++i) {
     runs.push_back(seconds(size, shuffled ? Seed(static_cast<uint32_t>(i)) : std::nullopt));
   }
-  if (std::any_of(runs.begin(), runs.end(), [](double run) { return std::isnan(run); })) return NAN;
-  std::nth_element(runs.begin(), runs.begin() + repetitions / 2, runs.end());
-  return runs[static_cast<size_t>(repetitions / 2)];
+  return Median(runs);
+}
+
+// Every round measures all sizes, so that what else the machine does meets all of them alike.
+std::vector<bench::Measured> MeasureGrowth(const Seconds& seconds) {
+  constexpr int kRounds = 31;
+  const std::vector<int> sizes = {1000, 2000, 5000, kPlainSize};
+  std::vector<std::vector<double>> runs(sizes.size());
+  for (int round = 0; round < kRounds; ++round) {
+    for (size_t i = 0; i < sizes.size(); ++i) {
+      runs[i].push_back(seconds(sizes[i], std::nullopt));
+    }
+  }
+  std::vector<bench::Measured> points;
+  for (size_t i = 0; i < sizes.size(); ++i) points.push_back({sizes[i], Median(runs[i])});
+  return points;
 }
 
 // Prints how `fast` grows and how long `plain` takes. Returns whether the growth is linear and
 // every result was right.
 bool Report(const char* work, const Seconds& fast, const Seconds& plain) {
-  std::vector<bench::Measured> points;
+  const std::vector<bench::Measured> points = MeasureGrowth(fast);
   printf("%s\n   records          time  per record\n", work);
-  for (const int size : {1000, 2000, 5000, 10000, 20000}) {
-    const double seconds = Median(fast, size, std::max(9, 100000 / size) | 1);
-    points.push_back({size, seconds});
-    printf("%10d  %9.3f ms  %7.0f ns\n", size, seconds * 1e3, seconds / size * 1e9);
+  for (const bench::Measured& point : points) {
+    printf("%10d  %9.3f ms  %7.0f ns\n", point.size, point.seconds * 1e3,
+           point.seconds / point.size * 1e9);
   }
   const double exponent = bench::Exponent(points);
   printf("time grows with the number of records to the power of %.3f (at most %.1f)\n", exponent,
          kMaxExponent);
-  const double fast_seconds = Median(fast, kPlainSize, 11);
-  const double plain_seconds = Median(plain, kPlainSize, 3);
+  const double fast_seconds = MedianOf(11, fast, kPlainSize);
+  const double plain_seconds = MedianOf(3, plain, kPlainSize);
   printf("plain loops, %d records: %.1f ms, %.0f times as long\n", kPlainSize, plain_seconds * 1e3,
          plain_seconds / fast_seconds);
-  const double shuffled_seconds = Median(fast, kPlainSize, 11, true);
+  const double shuffled_seconds = MedianOf(11, fast, kPlainSize, true);
   printf("in random order, %d records: %.1f ms, %.1f times as long\n\n", kPlainSize,
          shuffled_seconds * 1e3, shuffled_seconds / fast_seconds);
   return exponent <= kMaxExponent && !std::isnan(plain_seconds);

@@ -90,6 +90,15 @@ std::string EntryPath(const std::string& list_path, const std::string& key, cons
   return list_path + "{" + key + suffix;
 }
 
+uint32_t BindingHash(const OspfIf& record) {
+  return NameIndex::HashOf(record.intf_name) ^
+         (31 * NameIndex::HashOf(record.vrf_name) + record.process_id);
+}
+
+bool IsSameBinding(const OspfIf& a, const OspfIf& b) {
+  return a.process_id == b.process_id && a.intf_name == b.intf_name && a.vrf_name == b.vrf_name;
+}
+
 }  // namespace
 
 void GenericConfig::ReadConfigIfNeeded(ConfigAddrFamily family) {
@@ -389,19 +398,25 @@ std::string Ospfv2Config::GetVrfName(uint32_t compound_id) const {
   return name;
 }
 
-OspfIf* Ospfv2Config::FindRecord(const RecordKey& key) {
+OspfIf* Ospfv2Config::FindRecord(const OspfIf& wanted) {
+  const auto position_of = [this](const OspfIf& record, uint32_t hash) {
+    return positions_.Find(hash, [&](size_t i) { return IsSameBinding(*records_[i], record); });
+  };
   // From the end, so that nothing is walked when all records are indexed.
-  for (auto record = std::prev(table_.end(), static_cast<ptrdiff_t>(table_.size() - indexed_));
-       record != table_.end(); ++record, ++indexed_) {
-    records_.emplace(RecordKey{(*record)->intf_name, (*record)->process_id, (*record)->vrf_name},
-                     record->get());
+  const size_t missing = table_.size() - records_.size();
+  for (auto added = std::prev(table_.end(), static_cast<ptrdiff_t>(missing)); added != table_.end();
+       ++added) {
+    const uint32_t hash = BindingHash(**added);
+    // Of records of one binding the first counts.
+    if (position_of(**added, hash) == NameIndex::kNone) positions_.Add(hash, records_.size());
+    records_.push_back(added->get());
   }
-  const auto found = records_.find(key);
-  return found == records_.end() ? nullptr : found->second;
+  const size_t position = position_of(wanted, BindingHash(wanted));
+  return position == NameIndex::kNone ? nullptr : records_[position];
 }
 
 void Ospfv2Config::MergeConfigAndInsert(OspfIf& record) {
-  OspfIf* known = FindRecord({record.intf_name, record.process_id, record.vrf_name});
+  OspfIf* known = FindRecord(record);
   if (known == nullptr) {
     table_.push_back(std::make_shared<OspfIf>(record));
   } else {

@@ -7,12 +7,9 @@
 #define SRC_LIB_CONFIG_H_
 
 #include <array>
-#include <functional>
 #include <list>
 #include <memory>
 #include <string>
-#include <tuple>
-#include <unordered_map>
 #include <vector>
 
 #include "confd_dp.h"
@@ -224,19 +221,12 @@ class Ospfv2Config : public GenericConfig {
   const std::string index_list_path_ = "/internal/ospf-index-to-proc-id";
 
  private:
-  using RecordKey = std::tuple<std::string, uint32_t, std::string>;  // interface, process, VRF
-  struct RecordHash {
-    size_t operator()(const RecordKey& key) const {
-      const std::hash<std::string> text;
-      return text(std::get<0>(key)) ^ (31 * text(std::get<2>(key)) + std::get<1>(key));
-    }
-  };
+  OspfIf* FindRecord(const OspfIf& wanted);
 
-  OspfIf* FindRecord(const RecordKey& key);
-
-  // The first `indexed_` records by key; the rest is added when a record is looked up.
-  std::unordered_map<RecordKey, OspfIf*, RecordHash> records_;
-  size_t indexed_ = 0;
+  // The first `records_.size()` of table_ by interface, process and VRF; the rest is added when a
+  // record is looked up.
+  NameIndex positions_;
+  std::vector<OspfIf*> records_;
 };
 
 /// The snapshot. Checks reach the tables directly as members. Tables are never cleared: a fresh

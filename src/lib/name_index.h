@@ -19,13 +19,23 @@ class NameIndex {
  public:
   static constexpr size_t kNone = static_cast<size_t>(-1);
 
+  static uint32_t HashOf(const std::string& text) {
+    return static_cast<uint32_t>(std::hash<std::string>()(text));
+  }
+
   /// The position that was added for `name`, or kNone.
   ///
   /// @param has_name  whether the table's entry at a position has that name
   template <typename HasName>
   size_t Find(const std::string& name, HasName has_name) const {
+    return Find(HashOf(name), has_name);
+  }
+
+  /// The same by the hash of a name, which may have several parts. Names with one hash are told
+  /// apart by `has_name`.
+  template <typename HasName>
+  size_t Find(uint32_t hash, HasName has_name) const {
     if (slots_.empty()) return kNone;
-    const uint32_t hash = Hash(name);
     for (size_t i = First(hash); slots_[i].position != kFree; i = Next(i)) {
       if (slots_[i].hash == hash && has_name(slots_[i].position)) return slots_[i].position;
     }
@@ -33,9 +43,11 @@ class NameIndex {
   }
 
   /// REQUIRES: Find gives kNone for `name`, and `position` is below 2^32 - 1.
-  void Add(const std::string& name, size_t position) {
+  void Add(const std::string& name, size_t position) { Add(HashOf(name), position); }
+
+  void Add(uint32_t hash, size_t position) {
     if (2 * (size_ + 1) > slots_.size()) Grow();
-    Put({Hash(name), static_cast<uint32_t>(position)});
+    Put({hash, static_cast<uint32_t>(position)});
     ++size_;
   }
 
@@ -48,9 +60,6 @@ class NameIndex {
     uint32_t position = kFree;
   };
 
-  static uint32_t Hash(const std::string& name) {
-    return static_cast<uint32_t>(std::hash<std::string>()(name));
-  }
   size_t First(uint32_t hash) const { return hash & (slots_.size() - 1); }
   size_t Next(size_t i) const { return (i + 1) & (slots_.size() - 1); }
 

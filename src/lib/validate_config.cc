@@ -105,24 +105,54 @@ bool AnyPairAcrossTables(const AddressOverlap<AddrMask>& overlap, const Interfac
   return false;
 }
 
+// Finds the interfaces of a table by name. Asked in the order of the table it only compares each
+// name with the next one, so that the tables of a large device stream through the caches; the index
+// for all other questions is made when the first of them comes. Either way the answer is the one
+// that a search from the front gives: names are unique.
+class InterfaceFinder {
+ public:
+  explicit InterfaceFinder(const InterfaceConfig& table) : interfaces_(table.interfaces_) {}
+
+  /// The interface of that name, or null.
+  const Interface* Find(const std::string& name) {
+    if (next_ >= interfaces_.size() || interfaces_[next_].name != name) {
+      if (!indexed_) Index();
+      const size_t position = PositionOf(name);
+      if (position == NameIndex::kNone) return nullptr;
+      next_ = position;
+    }
+    return &interfaces_[next_++];
+  }
+
+ private:
+  size_t PositionOf(const std::string& name) const {
+    return positions_.Find(name, [&](size_t i) { return interfaces_[i].name == name; });
+  }
+
+  void Index() {
+    for (size_t i = 0; i < interfaces_.size(); ++i) {
+      if (PositionOf(interfaces_[i].name) == NameIndex::kNone) {
+        positions_.Add(interfaces_[i].name, i);
+      }
+    }
+    indexed_ = true;
+  }
+
+  const std::vector<Interface>& interfaces_;
+  size_t next_ = 0;  // behind the one found last
+  NameIndex positions_;
+  bool indexed_ = false;
+};
+
 // Whether `passes` holds for every OSPF record and the interface of its name, in the order of the
-// records. The index gives the interface that a search from the front finds: names are unique.
+// records.
 template <typename Passes>
 bool AllPairsByName(const Ospfv2Config& ospf, const InterfaceConfig& table, const Passes& passes) {
-  if (ospf.table_.empty()) return true;
-  const std::vector<Interface>& interfaces = table.interfaces_;
-  NameIndex by_name;
-  const auto position_of = [&interfaces, &by_name](const std::string& name) {
-    return by_name.Find(name, [&](size_t position) { return interfaces[position].name == name; });
-  };
-  for (size_t i = 0; i < interfaces.size(); ++i) {
-    if (position_of(interfaces[i].name) == NameIndex::kNone) by_name.Add(interfaces[i].name, i);
-  }
-  for (const std::shared_ptr<OspfIf>& record : ospf.table_) {
-    const size_t position = position_of(record->intf_name);
-    if (position != NameIndex::kNone && !passes(interfaces[position], *record)) return false;
-  }
-  return true;
+  InterfaceFinder finder(table);
+  return std::all_of(ospf.table_.begin(), ospf.table_.end(), [&](const auto& record) {
+    const Interface* intf = finder.Find(record->intf_name);
+    return intf == nullptr || passes(*intf, *record);
+  });
 }
 
 // The first of `wanted` that is not in `present`, prefix length included; null when all are.

@@ -440,5 +440,43 @@ TEST(OspfChecks, LeaveTheTablesAsTheyAre) {
   EXPECT_EQ(config.l3_config_.interfaces_[1].vrf_name, "blue");
 }
 
+// Order ----------------------------------------------------------------------------------------
+
+// What a search from the front of the table says of the records, one after the other.
+std::string PlainVrfVerdict(const L3Config& l3, const std::vector<OspfUse>& uses) {
+  for (const OspfUse& use : uses) {
+    for (const Interface& intf : l3.interfaces_) {
+      if (intf.name != use.name || intf.vrf_name == use.vrf) continue;
+      return intf.name + " vrf " + intf.vrf_name + " and router ospf " +
+             std::to_string(use.process) + " vrf " + use.vrf +
+             " cannot be associated with divergent VRF";
+    }
+  }
+  return "";
+}
+
+// Records in every order over three interfaces and a name that is none, up to four of them, in two
+// VRFs.
+TEST(OspfVrfOrder, ReportsTheFirstRecordInAnyOrder) {
+  L3Config l3;
+  Fill(l3, {{"l3 1", {}, "red"}, {"l3 2", {}, "red"}, {"l3 3", {}, "red"}});
+  const std::vector<OspfUse> kinds = {
+      {"l3 1", {}, 1, "red"},  {"l3 2", {}, 2, "red"},  {"l3 3", {}, 3, "red"}, {"l3 4", {}, 4},
+      {"l3 1", {}, 5, "blue"}, {"l3 2", {}, 6, "blue"}, {"l3 3", {}, 7, "blue"}};
+  int refused = 0;
+  for (size_t order = 0; order < 7 * 7 * 7 * 7; ++order) {
+    std::vector<OspfUse> uses;
+    for (size_t rest = order, i = 0; i < 4; ++i, rest /= 7) uses.push_back(kinds[rest % 7]);
+    Ospfv2Config ospf;
+    Fill(ospf, uses);
+    ValidateConfig checker;
+    const std::string expected = PlainVrfVerdict(l3, uses);
+    EXPECT_EQ(checker.ValidateOspfv2CrossIfL3Vrf(l3, ospf), expected.empty()) << order;
+    EXPECT_EQ(checker.error_, expected) << order;
+    if (!expected.empty()) ++refused;
+  }
+  EXPECT_EQ(refused, 7 * 7 * 7 * 7 - 4 * 4 * 4 * 4);
+}
+
 }  // namespace
 }  // namespace ip_application::config_valid

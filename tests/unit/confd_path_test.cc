@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "confd_maapi.h"
 #include "support/store_fixture.h"
@@ -238,6 +240,42 @@ const PathCase kTypeCases[] = {
     {"ReferenceOfWrongType", "/keyed/by-reference{x}/v", kBadPath},
 };
 INSTANTIATE_TEST_SUITE_P(KeyTypes, PathText, testing::ValuesIn(kTypeCases), RowName<PathCase>);
+
+// A path that has its first steps in common with the one before it is not read anew from the front.
+class PathAfterAnother : public StoreTest {};
+
+TEST_F(PathAfterAnother, LeadsWhereItAlwaysLeads) {
+  Open(kConfiguration);
+  std::vector<PathCase> cases;
+  cases.insert(cases.end(), std::begin(kStepCases), std::end(kStepCases));
+  cases.insert(cases.end(), std::begin(kKeyCases), std::end(kKeyCases));
+  cases.insert(cases.end(), std::begin(kSeveralKeyCases), std::end(kSeveralKeyCases));
+  cases.insert(cases.end(), std::begin(kTypeCases), std::end(kTypeCases));
+  for (const PathCase& before : cases) {
+    for (const PathCase& path : cases) {
+      Get(before.path);
+      ASSERT_EQ(Get(path.path), path.result) << path.path << " after " << before.path;
+    }
+  }
+}
+
+// Every text that begins another one, so that the second continues the first at any character.
+TEST_F(PathAfterAnother, LeadsWhereItLeadsAloneWhereverTheyPart) {
+  const std::string path = R"(/room/shelf{plain}/slot{1 "a}/b"}/item)";
+  std::vector<std::string> alone;
+  for (size_t size = 0; size <= path.size(); ++size) {
+    Open(kConfiguration);  // a fresh one, which remembers nothing
+    alone.push_back(Get(path.substr(0, size).c_str()));
+  }
+  ASSERT_EQ(alone.back(), "brace");
+  Open(kConfiguration);
+  for (size_t before = 0; before <= path.size(); ++before) {
+    for (size_t size = 0; size <= path.size(); ++size) {
+      Get(path.substr(0, before).c_str());
+      EXPECT_EQ(Get(path.substr(0, size).c_str()), alone[size]) << before << ", then " << size;
+    }
+  }
+}
 
 // --- Formats
 // --------------------------------------------------------------------------------------------------------

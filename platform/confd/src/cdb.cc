@@ -15,10 +15,9 @@ namespace {
 struct SessionCall {
   SessionCall(const char* function, int sock, const char* format, va_list args) {
     const LoadedSnapshot* session = FindCdbSession(sock);
-    const auto text = FormatPath(session, format, args);
-    const std::string_view announced = text ? std::string_view(*text) : std::string_view();
-    if (!BeginCall(function, announced) || session == nullptr || !text) return;
-    place = FindPlace(*session, *text);
+    const FormattedPath path(session, format, args);
+    if (!BeginCall(function, path.view()) || session == nullptr || !path.is_valid()) return;
+    place = FindPlace(*session, path.view());
     configuration = session;
   }
 

@@ -21,17 +21,15 @@ namespace {
 // What every call does first: find the transaction, format the path, announce the call, look the
 // path up. `place` is empty when one of these failed; the error is set then.
 struct TransactionCall {
-  TransactionCall(const char* function, int sock, int thandle, const char* format, va_list args) {
-    transaction = FindTransaction(sock, thandle);
-    text =
-        FormatPath(transaction == nullptr ? nullptr : transaction->candidate.get(), format, args);
-    const std::string_view announced = text ? std::string_view(*text) : std::string_view();
-    if (!BeginCall(function, announced) || transaction == nullptr || !text) return;
-    place = FindPlace(*transaction->candidate, *text);
+  TransactionCall(const char* function, int sock, int thandle, const char* format, va_list args)
+      : transaction(FindTransaction(sock, thandle)),
+        path(transaction == nullptr ? nullptr : transaction->candidate.get(), format, args) {
+    if (!BeginCall(function, path.view()) || transaction == nullptr || !path.is_valid()) return;
+    place = FindPlace(*transaction->candidate, path.view());
   }
 
   Transaction* transaction;
-  std::optional<std::string> text;
+  FormattedPath path;
   std::optional<Place> place;
 };
 
@@ -93,7 +91,7 @@ int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void*
   if (!call.place) return CONFD_ERR;
   const LoadedSnapshot& running = *call.transaction->running;
   const LoadedSnapshot& candidate = *call.transaction->candidate;
-  const auto running_place = FindPlace(running, *call.text);
+  const auto running_place = FindPlace(running, call.path.view());
   const IterateState state{&candidate.schema(), iter, initstate};
   VisitChangesBelow(running, *running_place, candidate, *call.place,
                     (flags & ITER_WANT_P_CONTAINER) != 0,

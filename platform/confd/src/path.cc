@@ -13,11 +13,6 @@
 namespace confd {
 namespace {
 
-std::string AddressText(int family, const void* address) {
-  char text[INET6_ADDRSTRLEN];
-  return inet_ntop(family, address, text, sizeof(text));
-}
-
 std::string KpathText(const confd_hkeypath_t* path, int length) {
   std::string text(static_cast<size_t>(confd_pp_kpath_len(nullptr, 0, path, length)), '\0');
   confd_pp_kpath_len(text.data(), static_cast<int>(text.size()) + 1, path, length);
@@ -41,7 +36,7 @@ bool SpellsOutKeyWithPercent(const LoadedSnapshot& configuration, std::string_vi
   return false;
 }
 
-constexpr size_t kUsualPathLength = 128;  // longer ones only take another allocation
+constexpr size_t kUsualPathLength = 200;  // longer ones only take an allocation
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
 
@@ -117,16 +112,10 @@ bool HasOneKey(const lysc_node* list) {
 }
 
 // Canonical keys of a list entry, joined; nothing when their number or a text does not fit.
-std::optional<std::string> ReadKeys(const lysc_node* list, std::string_view text) {
+std::optional<std::string> CanonicalKeys(const lysc_node* list,
+                                         const std::vector<std::string_view>& parts) {
   const lysc_node* key = lysc_node_child(list);
-  std::vector<std::string_view> parts;
-  if (HasOneKey(list)) {
-    parts.push_back(Trim(text));
-  } else {
-    parts = SplitKeys(text);
-  }
   std::string joined;
-  joined.reserve(text.size() + parts.size());
   for (const std::string_view part : parts) {
     if (key == nullptr || !lysc_is_key(key)) return std::nullopt;
     const auto canonical =
@@ -142,20 +131,45 @@ std::optional<std::string> ReadKeys(const lysc_node* list, std::string_view text
 class PathReader {
  public:
   PathReader(const LoadedSnapshot& configuration, std::string_view text)
-      : configuration_(configuration), whole_(text), rest_(text) {}
+      : configuration_(configuration),
+        last_(configuration.last_path()),
+        whole_(text),
+        rest_(text) {}
 
   std::optional<Place> Read() {
-    place_.exists = true;
-    if (rest_.starts_with('/')) rest_.remove_prefix(1);
+    Resume();
+    bool is_first = last_.steps.empty();
+    if (is_first && rest_.starts_with('/')) rest_.remove_prefix(1);
     while (!rest_.empty()) {
+      if (!is_first) rest_.remove_prefix(1);  // "/"
+      is_first = false;
       if (!ReadStep()) return std::nullopt;
+      if (is_plain_) last_.steps.push_back({whole_.size() - rest_.size(), place_});
     }
     return place_;
   }
 
  private:
+  // Begins behind the steps that the last path had, too. What follows a step that is at the end or
+  // before a "/" does not change its meaning; only a quote in a key may be ended by what follows.
+  void Resume() {
+    const auto has_step = [this](size_t end) {
+      return whole_.starts_with(std::string_view(last_.text).substr(0, end)) &&
+             (end == whole_.size() || whole_[end] == '/');
+    };
+    while (!last_.steps.empty() && !has_step(last_.steps.back().end)) last_.steps.pop_back();
+    last_.text = whole_;
+    place_.exists = true;
+    if (last_.steps.empty()) return;
+    place_ = last_.steps.back().place;
+    rest_.remove_prefix(last_.steps.back().end);
+  }
+
   bool ReadStep() {
-    const size_t name_end = std::min(rest_.find_first_of("/{"), rest_.size());
+    if (rest_.empty()) return Bad("a step is missing");
+    const auto ends_name = [](char c) { return c == '/' || c == '{'; };
+    const auto name_end =
+        static_cast<size_t>(std::find_if(rest_.begin(), rest_.end(), ends_name) - rest_.begin());
     std::string_view name = rest_.substr(0, name_end);
     std::string_view prefix;
     if (const size_t colon = name.find(':'); colon != std::string_view::npos) {
@@ -181,19 +195,26 @@ class PathReader {
       place_.node = parent_exists ? configuration_.Child(parent, schema) : nullptr;
       place_.exists = place_.node != nullptr;
     }
-    if (rest_.empty()) return true;
-    rest_.remove_prefix(1);  // "/"
-    return rest_.empty() ? Bad("a step is missing") : true;
+    return true;
   }
 
   bool ReadEntry(const lysc_node* list, const lyd_node* parent, bool parent_exists) {
     rest_.remove_prefix(1);
     const size_t end = KeysEnd(rest_, !HasOneKey(list));
     if (end == std::string_view::npos) return Bad("\"}\" is missing");
-    const auto keys = ReadKeys(list, rest_.substr(0, end));
-    if (!keys) return Bad("keys do not fit the list");
+    const std::string_view text = rest_.substr(0, end);
+    const auto texts = HasOneKey(list) ? std::vector{Trim(text)} : SplitKeys(text);
     rest_.remove_prefix(end + 1);
-    place_.node = parent_exists ? configuration_.List(parent, list).Find(*keys) : nullptr;
+    is_plain_ = is_plain_ && text.find('"') == std::string_view::npos;
+    static const ListIndex kNone;
+    const ListIndex& entries = parent_exists ? configuration_.List(parent, list) : kNone;
+    const bool plain = std::none_of(texts.begin(), texts.end(), IsQuoted);
+    place_.node = plain ? entries.FindNearby(texts) : nullptr;
+    if (place_.node == nullptr) {
+      const auto keys = CanonicalKeys(list, texts);
+      if (!keys) return Bad("keys do not fit the list");
+      place_.node = entries.Find(*keys);
+    }
     place_.exists = place_.node != nullptr;
     return true;
   }
@@ -204,51 +225,57 @@ class PathReader {
   }
 
   const LoadedSnapshot& configuration_;
+  LastPath& last_;
   std::string_view whole_;
   std::string_view rest_;
   Place place_;
+  bool is_plain_ = true;  // no quote was met in a key
 };
 
 }  // namespace
 
-std::optional<std::string> FormatPath(const LoadedSnapshot* configuration, const char* format,
-                                      va_list args) {
+FormattedPath::FormattedPath(const LoadedSnapshot* configuration, const char* format,
+                             va_list args) {
   if (configuration != nullptr && SpellsOutKeyWithPercent(*configuration, format)) {
     Fail(CONFD_ERR_BADPATH, std::string("a key is taken for a format in ") + format);
-    return std::nullopt;
+    return;
   }
-  std::string path;
-  path.reserve(kUsualPathLength);
+  text_.reserve(kUsualPathLength);
+  is_valid_ = Append(format, args);
+  if (!is_valid_) text_.clear();
+}
+
+bool FormattedPath::Append(const char* format, va_list args) {
   for (const char* c = format;; ++c) {
     const char* conversion = strchrnul(c, '%');
-    path.append(c, conversion);
-    if (*conversion == '\0') return path;
+    text_.append(c, conversion);
+    if (*conversion == '\0') return true;
     c = conversion + 1;
     const bool counted = *c == '*';
     const int count = counted ? va_arg(args, int) : 1;
     if (counted) ++c;
     if (*c == 'x') {
-      path += KeysText(va_arg(args, const confd_value_t*), count);
+      text_ += KeysText(va_arg(args, const confd_value_t*), count);
     } else if (*c == 'h') {
       const auto* kpath = va_arg(args, const confd_hkeypath_t*);
-      path += KpathText(kpath, counted ? count : kpath->len);
+      text_ += KpathText(kpath, counted ? count : kpath->len);
     } else if (!counted && *c == 's') {
-      path += va_arg(args, const char*);
+      text_ += va_arg(args, const char*);
     } else if (!counted && *c == 'd') {
-      path += std::to_string(va_arg(args, int));
+      text_ += std::to_string(va_arg(args, int));
     } else if (!counted && *c == 'u') {
-      path += std::to_string(va_arg(args, unsigned));
+      text_ += std::to_string(va_arg(args, unsigned));
     } else if (!counted && *c == '%') {
-      path.push_back('%');
+      text_.push_back('%');
     } else if (!counted && strncmp(c, "ip4", 3) == 0) {
-      path += AddressText(AF_INET, va_arg(args, const in_addr*));
+      text_ += AddressText(AF_INET, va_arg(args, const in_addr*));
       c += 2;
     } else if (!counted && strncmp(c, "ip6", 3) == 0) {
-      path += AddressText(AF_INET6, va_arg(args, const in6_addr*));
+      text_ += AddressText(AF_INET6, va_arg(args, const in6_addr*));
       c += 2;
     } else {
       Fail(CONFD_ERR_BADPATH, std::string("unknown conversion in path format ") + format);
-      return std::nullopt;
+      return false;
     }
   }
 }

@@ -4,7 +4,9 @@
 
 #include <libyang/libyang.h>
 
+#include <array>
 #include <cstdarg>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,23 +15,28 @@
 
 namespace confd {
 
-/// Formats a path: %s %d %u %x %*x %h %*h %ip4 %ip6 %%. Anything else is an error.
-/// @param configuration  guards against a key that is taken for a format: a format that spells out
-/// one of its keys with a
-///                       "%" in it is refused, as it would read arguments that nobody gave; null:
-///                       no guard
-/// @returns nothing on an error, with CONFD_ERR_BADPATH set.
-std::optional<std::string> FormatPath(const LoadedSnapshot* configuration, const char* format,
-                                      va_list args);
+/// A path formatted from a format and its arguments: %s %d %u %x %*x %h %*h %ip4 %ip6 %%. Anything
+/// else is an error. Paths of usual length take no memory from the heap, as every call makes one.
+class FormattedPath {
+ public:
+  /// @param configuration  guards against a key that is taken for a format: a format that spells
+  ///                       out one of its keys with a "%" in it is refused, as it would read
+  ///                       arguments that nobody gave; null: no guard
+  FormattedPath(const LoadedSnapshot* configuration, const char* format, va_list args);
+  FormattedPath(const FormattedPath&) = delete;
+  FormattedPath& operator=(const FormattedPath&) = delete;
 
-/// A path that fits the data model, looked up in a configuration.
-struct Place {
-  const lysc_node* schema = nullptr;  // null: the root
-  const lyd_node* node =
-      nullptr;  // null where `schema` is a list without keys, or the node is absent
-  const lyd_node* parent = nullptr;  // of a list without keys; null at the top or when absent
-  bool without_keys = false;         // the path ends at a list without keys
-  bool exists = false;               // the node, or all that is above a list without keys
+  /// Whether there was no error; otherwise CONFD_ERR_BADPATH is set and the text is empty.
+  bool is_valid() const { return is_valid_; }
+  std::string_view view() const { return text_; }
+
+ private:
+  bool Append(const char* format, va_list args);
+
+  std::array<char, 256> memory_;
+  std::pmr::monotonic_buffer_resource resource_{memory_.data(), memory_.size()};
+  std::pmr::string text_{&resource_};
+  bool is_valid_ = false;
 };
 
 /// Looks `text` up: absolute or from the root, a key text taken as it stands between the braces

@@ -103,6 +103,7 @@ void LoadedSchema::AddNode(const lysc_node* node, int depth) {
   tags_[node] = {texts_.Add(node->name), TagOf(node->module->ns)};
   if ((node->nodetype & (LYS_CONTAINER | LYS_LIST)) == 0) return;
   SchemaChildren& children = children_[node];
+  const_cast<lysc_node*>(node)->priv = &children;  // quicker than a look-up for every data node
   AddChildren(node, nullptr, children);
   for (const lysc_node* child : children) AddNode(child, depth + 1);
 }
@@ -170,8 +171,8 @@ const char* LoadedSchema::NamespacePrefix(uint32_t ns) const {
 
 const SchemaChildren& LoadedSchema::Children(const lysc_node* parent) const {
   static const SchemaChildren kNone;
-  const auto entry = children_.find(parent);
-  return entry == children_.end() ? kNone : entry->second;
+  if (parent == nullptr) return children_.at(nullptr);
+  return parent->priv == nullptr ? kNone : *static_cast<const SchemaChildren*>(parent->priv);
 }
 
 const lysc_node* LoadedSchema::FindChild(const lysc_node* parent, std::string_view prefix,

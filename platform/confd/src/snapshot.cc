@@ -13,6 +13,24 @@ const lyd_node* ChildList(const lyd_node* parent) { return lyd_child(parent); }
 
 bool LessByKeys(const lyd_node* a, const lyd_node* b) { return CompareEntries(a, b) < 0; }
 
+// Sorts the entries of a list by their keys. A single key that orders as its text is taken out of
+// the nodes first.
+void SortByKeys(const lysc_node* list, std::vector<const lyd_node*>& entries) {
+  const bool has_one_key = list->nodetype == LYS_LIST && KeyLeaves(list).size() == 1;
+  if (!has_one_key || !OrdersAsText(lysc_node_child(list))) {
+    std::sort(entries.begin(), entries.end(), LessByKeys);
+    return;
+  }
+  std::vector<std::pair<std::string_view, const lyd_node*>> by_text;
+  by_text.reserve(entries.size());
+  for (const lyd_node* entry : entries) {
+    by_text.emplace_back(lyd_get_value(lyd_child(entry)), entry);
+  }
+  std::sort(by_text.begin(), by_text.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (size_t i = 0; i < entries.size(); ++i) entries[i] = by_text[i].second;
+}
+
 Error LibyangError(const ly_ctx* context) {
   const ly_err_item* last = ly_err_first(context);
   if (last == nullptr) return Error("the configuration is not valid");
@@ -30,14 +48,13 @@ Error LibyangError(const ly_ctx* context) {
   return Error(message, line);
 }
 
-// Nodes from below `ancestor` (from the top when it is null) down to `node`.
-std::vector<const lysc_node*> WayDown(const lysc_node* ancestor, const lysc_node* node) {
-  std::vector<const lysc_node*> way;
-  for (const lysc_node* step = node; step != ancestor && step != nullptr; step = DataParent(step)) {
-    way.push_back(step);
+bool HasKeys(const lyd_node* entry, const std::vector<std::string_view>& keys) {
+  const lyd_node* key = ChildList(entry);
+  for (const std::string_view wanted : keys) {
+    if (key == nullptr || !lysc_is_key(key->schema) || wanted != lyd_get_value(key)) return false;
+    key = key->next;
   }
-  std::reverse(way.begin(), way.end());
-  return way;
+  return key == nullptr || !lysc_is_key(key->schema);
 }
 
 }  // namespace
@@ -78,17 +95,28 @@ ListIndex::ListIndex(const lysc_node* list, const lyd_node* first_sibling) {
     if (node->schema == list) entries_.push_back(node);
   }
   if (!lysc_is_userordered(list) && !std::is_sorted(entries_.begin(), entries_.end(), LessByKeys)) {
-    std::sort(entries_.begin(), entries_.end(), LessByKeys);
+    SortByKeys(list, entries_);
   }
 }
 
 const lyd_node* ListIndex::Find(const std::string& key) const {
   if (by_key_.empty()) {
     by_key_.reserve(entries_.size());
-    for (const lyd_node* entry : entries_) by_key_.emplace(JoinedKey(entry), entry);
+    for (size_t i = 0; i < entries_.size(); ++i) by_key_.emplace(JoinedKey(entries_[i]), i);
   }
-  const auto entry = by_key_.find(key);
-  return entry == by_key_.end() ? nullptr : entry->second;
+  const auto found = by_key_.find(key);
+  if (found == by_key_.end()) return nullptr;
+  found_last_ = found->second;
+  return entries_[found_last_];
+}
+
+const lyd_node* ListIndex::FindNearby(const std::vector<std::string_view>& keys) const {
+  for (size_t i = found_last_; i < entries_.size() && i <= found_last_ + 1; ++i) {
+    if (!HasKeys(entries_[i], keys)) continue;
+    found_last_ = i;
+    return entries_[i];
+  }
+  return nullptr;
 }
 
 std::shared_ptr<const Snapshot> Snapshot::Empty(std::shared_ptr<const Schema> schema) {
@@ -141,10 +169,16 @@ const lyd_node* LoadedSnapshot::Child(const lyd_node* parent, const lysc_node* n
 }
 
 const ListIndex& LoadedSnapshot::List(const lyd_node* parent, const lysc_node* list) const {
-  std::unique_ptr<ListIndex>& index = lists_[ListId{parent, list}];
+  static const ListIndex kEmpty;
+  const ListId id{parent, list};
+  if (last_list_ != nullptr && id == last_list_id_) return *last_list_;
+  if (parent != nullptr && Child(parent, list) == nullptr) return kEmpty;
+  std::unique_ptr<ListIndex>& index = lists_[id];
   if (index == nullptr) {
     index = std::make_unique<ListIndex>(list, parent == nullptr ? tree_.get() : ChildList(parent));
   }
+  last_list_id_ = id;
+  last_list_ = index.get();
   return *index;
 }
 
@@ -160,8 +194,20 @@ std::vector<const lyd_node*> LoadedSnapshot::Instances(const lysc_node* node,
   return found;
 }
 
-void LoadedSnapshot::CollectInstances(const std::vector<const lysc_node*>& way, size_t step,
-                                      const lyd_node* parent,
+// Nodes from below `ancestor` (from the top when it is null) down to `node`.
+const LoadedSnapshot::Way& LoadedSnapshot::WayDown(const lysc_node* ancestor,
+                                                   const lysc_node* node) const {
+  const auto [found, is_new] = ways_.try_emplace({ancestor, node});
+  Way& way = found->second;
+  if (!is_new) return way;
+  for (const lysc_node* step = node; step != ancestor && step != nullptr; step = DataParent(step)) {
+    way.push_back(step);
+  }
+  std::reverse(way.begin(), way.end());
+  return way;
+}
+
+void LoadedSnapshot::CollectInstances(const Way& way, size_t step, const lyd_node* parent,
                                       std::vector<const lyd_node*>& found) const {
   const auto go_on = [&](const lyd_node* node) {
     if (step + 1 == way.size()) {

@@ -99,6 +99,17 @@ uint8_t ParsePrefix(std::string_view text, Address* address) {
   return static_cast<uint8_t>(length);
 }
 
+// As snprintf with "%s", which takes longer.
+int CopyOut(char* buf, int bufsiz, const std::string& text) {
+  const size_t size = strlen(text.c_str());
+  if (bufsiz > 0) {
+    const size_t copied = std::min(size, static_cast<size_t>(bufsiz) - 1);
+    memcpy(buf, text.data(), copied);
+    buf[copied] = '\0';
+  }
+  return static_cast<int>(size);
+}
+
 int HexDigit(char c) { return c <= '9' ? c - '0' : c - 'a' + 10; }
 
 confd_value_t HexListValue(std::string_view text) {
@@ -223,11 +234,6 @@ std::optional<std::string> CanonicalNumber(const lysc_type* type, std::string_vi
   return std::to_string(number);
 }
 
-std::string AddressText(int family, const void* address) {
-  char text[INET6_ADDRSTRLEN];
-  return inet_ntop(family, address, text, sizeof(text));
-}
-
 std::string HexText(const confd_buf_t& buf, const char* separator) {
   static constexpr char kDigits[] = "0123456789abcdef";
   std::string text;
@@ -266,11 +272,17 @@ std::string Decimal64Text(const confd_decimal64& number) {
   return digits;
 }
 
-int CopyOut(char* buf, int bufsiz, const std::string& text) {
-  return snprintf(buf, bufsiz > 0 ? static_cast<size_t>(bufsiz) : 0, "%s", text.c_str());
-}
-
 }  // namespace
+
+std::string AddressText(int family, const void* address) {
+  if (family == AF_INET) {  // inet_ntop takes ten times as long
+    const auto* bytes = static_cast<const uint8_t*>(address);
+    return std::to_string(bytes[0]) + "." + std::to_string(bytes[1]) + "." +
+           std::to_string(bytes[2]) + "." + std::to_string(bytes[3]);
+  }
+  char text[INET6_ADDRSTRLEN];
+  return inet_ntop(family, address, text, sizeof(text));
+}
 
 int64_t OutstandingValues() { return outstanding_values; }
 
@@ -396,6 +408,11 @@ int CompareLeafValues(const lyd_node* a, const lyd_node* b) {
     default:
       return CompareText(ValueText(a), ValueText(b));
   }
+}
+
+bool OrdersAsText(const lysc_node* leaf) {
+  const lysc_type* type = DeclaredType(leaf);
+  return type->basetype == LY_TYPE_STRING && StringType(type) == C_BUF;
 }
 
 std::optional<std::string> CanonicalText(const lysc_node* leaf, std::string_view text) {

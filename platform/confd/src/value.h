@@ -27,9 +27,15 @@ confd_value_t TagValue(xml_tag tag);
 /// bytes of the text.
 int CompareLeafValues(const lyd_node* a, const lyd_node* b);
 
+/// Whether that order is, for every value of this leaf, the one of their texts as bytes.
+bool OrdersAsText(const lysc_node* leaf);
+
 /// Canonical text of a key that was written as `text`, or nothing when the type of `leaf` does not
 /// allow it.
 std::optional<std::string> CanonicalText(const lysc_node* leaf, std::string_view text);
+
+/// Text of an address in network byte order: an in_addr (AF_INET) or in6_addr (AF_INET6).
+std::string AddressText(int family, const void* address);
 
 /// What confd_pp_value prints.
 std::string PrintValue(const confd_value_t& value);

@@ -1,8 +1,10 @@
 #include "input_text.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -76,6 +78,10 @@ std::string ReadInputText(const std::string& file, size_t max_size) {
   if (input.get() < 0) throw LocatedError(name, 0, std::strerror(errno));
 
   std::string text;
+  struct stat about {};
+  if (fstat(input.get(), &about) == 0 && S_ISREG(about.st_mode)) {
+    text.reserve(std::min(static_cast<size_t>(about.st_size), max_size));
+  }
   std::array<char, kChunk> chunk{};
   bool looked_early = false;
   for (;;) {

@@ -1,6 +1,7 @@
 // ipvald: what a device's configuration validation says about a configuration.
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,8 +9,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "configuration_file.h"
 #include "input_error.h"
@@ -72,12 +75,25 @@ std::shared_ptr<const confd::Schema> LoadSchema(const std::string& directory) {
   }
 }
 
+// Bytes by which the heap grows; a large configuration would otherwise ask the kernel hundreds of
+// times.
+constexpr int kHeapStep = 32 << 20;
+
+// The process ends soon. To take a large tree apart node by node would take it a good part of the
+// time that reading the tree took.
+void KeepUntilExit(const std::shared_ptr<const confd::Snapshot>& configuration) {
+  static auto* const kept = new std::vector<std::shared_ptr<const confd::Snapshot>>();
+  kept->push_back(configuration);
+}
+
 int Check(const Options& options) {
   const CheckOptions& check = options.check;
   const auto schema = LoadSchema(options.yang);
   const auto running =
       check.running ? ReadConfiguration(schema, *check.running) : confd::Snapshot::Empty(schema);
   const auto candidate = ReadConfiguration(schema, check.candidate);
+  KeepUntilExit(running);
+  KeepUntilExit(candidate);
   const TransactionReport report = RunTransaction(
       running, candidate, {check.plugin, std::chrono::seconds(check.timeout), check.trace});
   Print(options.format == Format::kJson ? JsonReport(report)
@@ -116,6 +132,7 @@ void PrintError(std::string_view message) {
 }  // namespace ipvald
 
 int main(int argc, char** argv) {
+  mallopt(M_TOP_PAD, ipvald::kHeapStep);
   ipvald::OccupyStandardDescriptors();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is reported like a full disk
   std::signal(SIGCHLD, SIG_DFL);

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace ipvald {
 namespace {
@@ -27,6 +28,13 @@ const lysc_node* LowestCommonAncestor(const lysc_node* a, const lysc_node* b) {
   return a;
 }
 
+// From `node` up to `ancestor`, which is above it or itself; a null ancestor is above all.
+int StepsUp(const lysc_node* node, const lysc_node* ancestor) {
+  int steps = 0;
+  for (; node != nullptr && node != ancestor; node = lysc_data_parent(node)) ++steps;
+  return steps;
+}
+
 // The schema node whose instances are called: the point's own, or the parent of a list that is
 // called as a whole (null for a top-level list, which has one call).
 const lysc_node* CalledNode(const confd::ValidationPoint& point) {
@@ -36,20 +44,47 @@ const lysc_node* CalledNode(const confd::ValidationPoint& point) {
 // The calls of one point, collected while the changes pass by.
 class PointCalls {
  public:
+  // Which called instances a change of one schema node concerns.
+  struct Concern {
+    // Those below the lowest node that the called node and a dependency have in common; everything
+    // when null.
+    const lysc_node* common;
+    // Steps from the changed node up to the common one; none when the changed node lies above it
+    // and takes its place.
+    int steps_up;
+    bool is_cause;
+  };
+
   explicit PointCalls(const confd::ValidationPoint& point)
       : point_(point), called_(CalledNode(point)), dependencies_(point.dependencies) {
     const bool is_leaf = (point.node->nodetype & LYD_NODE_TERM) != 0;
     if (is_leaf && !dependencies_.empty()) dependencies_.push_back({point.node, false});
   }
 
-  void Add(const confd::Change& change, const confd::Snapshot& candidate) {
-    if (dependencies_.empty()) {
-      AddInstances(nullptr, std::nullopt, candidate);
+  // One for each dependency that a change of a `changed` node touches.
+  std::vector<Concern> ConcernsOf(const lysc_node* changed) const {
+    if (dependencies_.empty()) return {{nullptr, 0, false}};
+    std::vector<Concern> concerns;
+    for (const confd::Dependency& dependency : dependencies_) {
+      if (!OnOneLine(changed, dependency.node)) continue;
+      const lysc_node* common =
+          dependency.absolute ? nullptr : LowestCommonAncestor(called_, dependency.node);
+      const bool is_below = IsAncestorOrSelf(common, changed);
+      concerns.push_back({common, is_below ? StepsUp(changed, common) : 0, true});
+    }
+    return concerns;
+  }
+
+  void Add(const confd::Change& change, const Concern& concern, const confd::Snapshot& candidate) {
+    const Cause cause = concern.is_cause ? Cause(change) : std::nullopt;
+    if (concern.common == nullptr) {
+      AddInstances(nullptr, cause, candidate);
       return;
     }
-    for (const lysc_node* common : CommonNodes(change.node()->schema)) {
-      AddConcerned(change, common, candidate);
-    }
+    const lyd_node* anchor = change.node();
+    for (int i = 0; i < concern.steps_up; ++i) anchor = lyd_parent(anchor);
+    if (change.candidate == nullptr) anchor = CounterpartOf(anchor, candidate);
+    if (anchor != nullptr) AddInstances(anchor, cause, candidate);
   }
 
   // Appends the calls in instance order.
@@ -69,35 +104,6 @@ class PointCalls {
  private:
   using Cause = std::optional<confd::Change>;
 
-  // For each dependency that a change of a `changed` node touches, the lowest node that it has in
-  // common with the called node: the change concerns what is called below that; everything when
-  // null. Worked out once for each schema node.
-  const std::vector<const lysc_node*>& CommonNodes(const lysc_node* changed) {
-    const auto [found, is_new] = common_nodes_.try_emplace(changed);
-    if (!is_new) return found->second;
-    for (const confd::Dependency& dependency : dependencies_) {
-      if (!OnOneLine(changed, dependency.node)) continue;
-      found->second.push_back(dependency.absolute ? nullptr
-                                                  : LowestCommonAncestor(called_, dependency.node));
-    }
-    return found->second;
-  }
-
-  void AddConcerned(const confd::Change& change, const lysc_node* common,
-                    const confd::Snapshot& candidate) {
-    if (common == nullptr) {
-      AddInstances(nullptr, change, candidate);
-      return;
-    }
-    // The changed node lies below the common one, or above it and then takes its place.
-    const lyd_node* anchor = change.node();
-    if (IsAncestorOrSelf(common, anchor->schema)) {
-      while (anchor->schema != common) anchor = lyd_parent(anchor);
-    }
-    if (change.candidate == nullptr) anchor = CounterpartOf(anchor, candidate);
-    if (anchor != nullptr) AddInstances(anchor, change, candidate);
-  }
-
   // Counterpart of a node of the running configuration; the deletion of many entries asks for the
   // same few again.
   const lyd_node* CounterpartOf(const lyd_node* node, const confd::Snapshot& candidate) {
@@ -109,6 +115,9 @@ class PointCalls {
   // Adds every called instance at or below `anchor`, anywhere when it is null, unless that was done
   // before.
   void AddInstances(const lyd_node* anchor, const Cause& cause, const confd::Snapshot& candidate) {
+    // Changes of one entry come one behind the other.
+    if (!anchors_.empty() && anchor == last_anchor_) return;
+    last_anchor_ = anchor;
     if (!anchors_.insert(anchor).second) return;
     if (called_ == nullptr) {
       causes_.try_emplace(nullptr, cause);
@@ -131,11 +140,23 @@ class PointCalls {
   const confd::ValidationPoint& point_;
   const lysc_node* called_;
   std::vector<confd::Dependency> dependencies_;
-  std::unordered_map<const lysc_node*, std::vector<const lysc_node*>> common_nodes_;
   std::unordered_map<const lyd_node*, const lyd_node*> counterparts_;
   std::unordered_set<const lyd_node*> anchors_;
+  const lyd_node* last_anchor_ = nullptr;
   std::unordered_map<const lyd_node*, Cause> causes_;  // by called instance
 };
+
+using ConcernedPointList = std::vector<std::pair<PointCalls*, PointCalls::Concern>>;
+
+ConcernedPointList ConcernedPoints(std::vector<PointCalls>& points, const lysc_node* changed) {
+  ConcernedPointList concerned;
+  for (PointCalls& point : points) {
+    for (const PointCalls::Concern& concern : point.ConcernsOf(changed)) {
+      concerned.emplace_back(&point, concern);
+    }
+  }
+  return concerned;
+}
 
 const char* VerbOf(confd_iter_op op) {
   switch (op) {
@@ -158,11 +179,14 @@ std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
   for (const confd::ValidationPoint& point : candidate.schema().validation_points()) {
     points.emplace_back(point);
   }
+  std::unordered_map<const lysc_node*, ConcernedPointList> concerned_by;
   confd::VisitChanges(running, candidate, [&](const confd::Change& change) {
     // A modified entry is only the way to a change below it.
-    if (change.op != MOP_MODIFIED) {
-      for (PointCalls& point : points) point.Add(change, candidate);
-    }
+    if (change.op == MOP_MODIFIED) return ITER_RECURSE;
+    const lysc_node* changed = change.node()->schema;
+    const auto [concerned, is_new] = concerned_by.try_emplace(changed);
+    if (is_new) concerned->second = ConcernedPoints(points, changed);
+    for (const auto& [point, concern] : concerned->second) point->Add(change, concern, candidate);
     return ITER_RECURSE;
   });
 

@@ -6,6 +6,8 @@ any size, and made to break no rule of the validation points but their two
 limits: 256 L3 interfaces and 1000 routes, where an IPv6 route counts twice.
 
   interfaces   L3, named if-1, if-2, ...; on VLANs 1 to 4094, then again from 1
+  loopbacks    named 1, 2, ..., one IPv4 address each, behind those of the L3
+               interfaces
   addresses    the n-th IPv4 address is the first host of the n-th /30 of
                10.0.0.0/8, the n-th IPv6 address is ::1 of the n-th /64 of
                2001:db8::/32, n counted over all interfaces
@@ -91,6 +93,12 @@ def make_interface(i, options):
     return interface
 
 
+def make_loopback(i, options):
+    subnet = options.interfaces * options.addresses_per_interface + i
+    return {"name": str(i + 1),
+            "ipv4": {"address": [{"ip": ipv4_text(ipv4_host(subnet, 1)) + "/30"}]}}
+
+
 def make_route(r, ipv6, options):
     """The r-th route of a family: (table entry, name of its interface)."""
     interface = r % max(options.interfaces, 1)
@@ -127,9 +135,15 @@ def make_output_interface(entry, interface):
 def make_config(options):
     """The configuration as nested dictionaries, with the member names of its JSON form."""
     config = {}
-    interfaces = [make_interface(i, options) for i in range(options.interfaces)]
+    interfaces = {}
+    if options.interfaces > 0:
+        interfaces["velmor-ip-app:l3"] = [
+            make_interface(i, options) for i in range(options.interfaces)]
+    if options.loopbacks > 0:
+        interfaces["velmor-ip-app:loopback"] = [
+            make_loopback(i, options) for i in range(options.loopbacks)]
     if interfaces:
-        config["velmor-config:config"] = {"interface": {"velmor-ip-app:l3": interfaces}}
+        config["velmor-config:config"] = {"interface": interfaces}
     if options.vrfs > 0:
         names = [{"index": v, "vname": f"vrf-{v}"} for v in range(1, options.vrfs + 1)]
         config["velmor-internal:internal"] = {"vrf-config": {"indexTOstring": names}}
@@ -194,6 +208,7 @@ def parse_options(arguments):
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     add = parser.add_argument
     add("--interfaces", type=count, default=0, metavar="N", help="L3 interfaces")
+    add("--loopbacks", type=count, default=0, metavar="N", help="loopback interfaces")
     add("--addresses-per-interface", type=count, default=1, metavar="K",
         help="IPv4 addresses of each interface, the first one primary (default 1)")
     add("--ipv6-addresses-per-interface", type=count, default=0, metavar="K",
@@ -206,7 +221,8 @@ def parse_options(arguments):
     options = parser.parse_args(arguments)
 
     for what, wanted, most in (
-            ("IPv4 addresses", options.interfaces * options.addresses_per_interface,
+            ("IPv4 addresses",
+             options.interfaces * options.addresses_per_interface + options.loopbacks,
              MAX_IPV4_ADDRESSES),
             ("IPv6 addresses", options.interfaces * options.ipv6_addresses_per_interface,
              MAX_IPV6_ADDRESSES),

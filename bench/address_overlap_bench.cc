@@ -288,6 +288,13 @@ void RegisterFamily() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Repetitions of all sizes take turns, so that what else the machine does meets all of them
+  // alike.
+  std::vector<char*> arguments(argv, argv + argc);
+  std::string interleaving = "--benchmark_enable_random_interleaving=true";
+  arguments.insert(arguments.begin() + 1, interleaving.data());
+  argc = static_cast<int>(arguments.size());
+  argv = arguments.data();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   RegisterFamily<Ipv4>();

@@ -29,6 +29,12 @@ Uint128 NumberOf(const nettypes::IPv6Addr& addr) {
   return number;
 }
 
+// The lowest `host_bits` bits, none to all.
+template <typename Number>
+Number HostMask(uint8_t host_bits) {
+  return host_bits == 0 ? 0 : ~Number{0} >> (8 * sizeof(Number) - host_bits);
+}
+
 const auto& AddressesOf(const Interface& intf, const nettypes::IPv4AddrMask* /*family*/) {
   return intf.ipv4_addr_list;
 }
@@ -37,21 +43,23 @@ const auto& AddressesOf(const Interface& intf, const nettypes::IPv6AddrMask* /*f
   return intf.ipv6_addr_list;
 }
 
-// One prefix of a table, and later one component: what it covers, as numbers.
+// One prefix of a table, and later one component, which is its largest prefix. Small, since the
+// time goes into moving records.
 template <typename Number>
 struct Record {
-  Number first;
-  Number last;
+  Number first;    // address that it covers
   uint32_t owner;  // position in the table
+  uint8_t host_bits;
+
+  Number last() const { return first | HostMask<Number>(host_bits); }
 };
 
 template <typename AddrMask>
 auto RecordOf(const AddrMask& mask, uint32_t owner) {
   const auto addr = NumberOf(mask.addr());
   using Number = std::remove_const_t<decltype(addr)>;
-  const Number host_bits =
-      mask.prefix_len() == AddrMask::kMaxPrefixLen ? 0 : ~Number{0} >> mask.prefix_len();
-  return Record<Number>{addr & ~host_bits, addr | host_bits, owner};
+  const auto host_bits = static_cast<uint8_t>(AddrMask::kMaxPrefixLen - mask.prefix_len());
+  return Record<Number>{addr & ~HostMask<Number>(host_bits), owner, host_bits};
 }
 
 constexpr size_t kFewRecords = 24;  // up to here comparing is quicker than dealing out
@@ -112,11 +120,12 @@ struct AddressOverlap<AddrMask>::Components {
     SortByFirst(records.data(), records.data() + records.size(), spare.data());
     auto component = records.begin();
     for (auto record = std::next(component); record != records.end(); ++record) {
-      if (record->first > component->last) {
+      if (record->first > component->last()) {
         *++component = *record;
         continue;
       }
-      component->last = std::max(component->last, record->last);
+      // Of prefixes with one first address the largest need not come first.
+      component->host_bits = std::max(component->host_bits, record->host_bits);
       if (component->owner != record->owner) {
         component->owner = std::min(component->owner, record->owner);
         first_overlapping = std::min<size_t>(first_overlapping, component->owner);
@@ -171,8 +180,8 @@ bool AddressOverlap<AddrMask>::MayOverlap(const Interface& other) const {
     // The first component that ends at or behind the start of the prefix.
     const auto component =
         std::lower_bound(components.begin(), components.end(), wanted,
-                         [](const auto& c, const auto& w) { return c.last < w.first; });
-    if (component != components.end() && component->first <= wanted.last) return true;
+                         [](const auto& c, const auto& w) { return c.last() < w.first; });
+    if (component != components.end() && component->first <= wanted.last()) return true;
   }
   return false;
 }

@@ -1,15 +1,14 @@
 #include "config.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 
 #include <algorithm>
-#include <boost/system/system_error.hpp>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 #include "confd_maapi.h"
+#include "dotted_quad.h"
+#include "list_walk.h"
 #include "static_route_config.h"
 #include "type_test.h"
 #include "validate_logger.h"
@@ -47,28 +46,6 @@ std::array<uint8_t, N> BinaryBytes(const confd_value_t& v) {
     memcpy(bytes.data(), CONFD_GET_BINARY_PTR(&v), std::min<size_t>(N, CONFD_GET_BINARY_SIZE(&v)));
   }
   return bytes;
-}
-
-// Calls `take` with the cursor for every entry of the list. The cursor is destroyed on every way
-// out. Deliberate: no result of the cursor calls is looked at; a cursor that failed has no entry.
-template <typename Take>
-void ForEachEntry(int sock, int thandle, const std::string& list_path, Take take) {
-  maapi_cursor cursor{};
-  struct CursorEnd {
-    maapi_cursor* cursor;
-    ~CursorEnd() { maapi_destroy_cursor(cursor); }
-  };
-  maapi_init_cursor(sock, thandle, &cursor, "%s", list_path.c_str());
-  const CursorEnd end{&cursor};
-  for (maapi_get_next(&cursor); cursor.n != 0; maapi_get_next(&cursor)) take(cursor);
-}
-
-// A dotted quad. Throws boost::system::system_error for any other text. Deliberate: inet_pton sets
-// no errno for it, so the code is what an earlier call left there, or EINVAL.
-nettypes::IPv4Addr ParseIpv4Addr(const std::string& text) {
-  in_addr addr;
-  if (inet_pton(AF_INET, text.c_str(), &addr) == 1) return nettypes::IPv4Addr(ntohl(addr.s_addr));
-  throw boost::system::system_error(errno != 0 ? errno : EINVAL, boost::system::system_category());
 }
 
 std::string KeyText(const confd_value_t& key) {
@@ -219,8 +196,9 @@ std::string GenericConfig::get_hex_from_bin(const confd_value_t& v) const {
 std::list<std::string> GenericConfig::get_key_list(const std::string& list_path) const {
   std::list<std::string> keys;
   if (!Exists(list_path)) return keys;
-  ForEachEntry(sock_, trans_->thandle, list_path,
-               [&keys](const maapi_cursor& entry) { keys.push_back(KeyText(entry.keys[0])); });
+  for (ListWalk walk(sock_, trans_->thandle, list_path); walk.Next();) {
+    keys.push_back(KeyText(walk.keys()[0]));
+  }
   return keys;
 }
 
@@ -228,10 +206,10 @@ std::list<std::vector<std::string>> GenericConfig::get_key_list(const std::strin
                                                                 unsigned int nkeys) const {
   std::list<std::vector<std::string>> keys;
   if (!Exists(list_path)) return keys;
-  ForEachEntry(sock_, trans_->thandle, list_path, [&keys, nkeys](const maapi_cursor& entry) {
+  for (ListWalk walk(sock_, trans_->thandle, list_path); walk.Next();) {
     std::vector<std::string>& texts = keys.emplace_back();
-    for (unsigned int i = 0; i < nkeys; ++i) texts.push_back(KeyText(entry.keys[i]));
-  });
+    for (unsigned int i = 0; i < nkeys; ++i) texts.push_back(KeyText(walk.keys()[i]));
+  }
   return keys;
 }
 

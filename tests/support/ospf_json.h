@@ -1,4 +1,4 @@
-// Entries of the lists that the OSPFv2 table is read from, as JSON text for Device.
+// Entries of the lists in which the device keeps what OSPF processes use, as JSON text for Device.
 #ifndef TESTS_SUPPORT_OSPF_JSON_H_
 #define TESTS_SUPPORT_OSPF_JSON_H_
 
@@ -22,6 +22,14 @@ inline std::string OspfEntry(uint32_t id, const std::string& area, const std::st
 inline std::string OspfProcess(uint32_t id, uint32_t process, const std::string& vrf) {
   return R"({"compound-id":)" + std::to_string(id) + R"(,"proc_id":)" + std::to_string(process) +
          R"(,"vrf_name":)" + JsonText(vrf) + "}";
+}
+
+/// An entry of ospfv3-interface-l3. A negative index leaves the leaf out.
+inline std::string Ospfv3Entry(uint32_t process, const std::string& area, const std::string& name,
+                               int64_t index = -1) {
+  return R"({"process":)" + std::to_string(process) + R"(,"area":)" + JsonText(area) +
+         R"(,"ospfv3-pm-if-name":)" + JsonText(name) +
+         (index < 0 ? "" : R"(,"ospfv3-pm-if-index":)" + std::to_string(index)) + "}";
 }
 
 inline std::string Join(const std::vector<std::string>& entries) {

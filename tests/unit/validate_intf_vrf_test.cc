@@ -1,0 +1,447 @@
+// The walkers over changes on their own: what they pass to ConfD, what they make of unusual
+// answers, the type tests, and the two reads that no walker uses.
+#include "validate_intf_vrf.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "confd_maapi.h"
+#include "support/assertion.h"
+#include "support/config_tables.h"
+#include "support/keypath_builder.h"
+#include "support/maapi_answers.h"
+#include "support/ospf_json.h"
+#include "support/table_fixture.h"
+#include "validation_points.h"
+#include "velmor-internal.h"
+#include "velmor-ip-app.h"
+
+namespace {
+
+// What the two functions below were called with, and what they do.
+struct Expression {
+  int sock;
+  int thandle;
+  std::string text;
+  bool traced;
+  std::string context;
+};
+std::vector<Expression> expressions;
+int xpath_result = CONFD_OK;
+std::optional<std::string> xpath_answer;  // none: a null pointer
+
+struct Iteration {
+  int sock;
+  int thandle;
+  int flags;
+  void* state;
+  std::string path;
+};
+std::vector<Iteration> iterations;
+std::function<int(maapi_iterate_fn, void*)> on_iterate;
+
+}  // namespace
+
+int maapi_xpath_eval_expr(int sock, int thandle, const char* expr, char** res, void (*trace)(char*),
+                          const char* fmtpath, ...) {
+  expressions.push_back({sock, thandle, expr, trace != nullptr, fmtpath});
+  *res = xpath_answer ? strdup(xpath_answer->c_str()) : nullptr;
+  return xpath_result;
+}
+
+int maapi_keypath_diff_iterate(int sock, int thandle, maapi_iterate_fn iter, int flags,
+                               void* initstate, const char* fmtpath, ...) {
+  va_list args;
+  va_start(args, fmtpath);
+  char path[100];
+  vsnprintf(path, sizeof(path), fmtpath, args);
+  va_end(args);
+  iterations.push_back({sock, thandle, flags, initstate, path});
+  return on_iterate ? on_iterate(iter, initstate) : CONFD_OK;
+}
+
+namespace {
+
+using ip_application::config_valid::Config;
+using ip_application::config_valid::L3Config;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::AssertionFailure;
+using tests::KeypathBuilder;
+
+// A walker has the four fields of the base: socket, transaction, path, text.
+struct Fields {
+  virtual ~Fields() = default;
+  int sock;
+  confd_trans_ctx* trans;
+  std::string path;
+  std::string error;
+};
+static_assert(sizeof(ValidateIntfVrf) == sizeof(Fields));
+static_assert(sizeof(ValidateIntfLoVrf) == sizeof(ValidateIntfVrf));
+static_assert(sizeof(ValidateIntfL3Vrf) == sizeof(ValidateIntfVrf));
+static_assert(sizeof(ValidateIntfVrfOspf) == sizeof(ValidateIntfVrf));
+static_assert(sizeof(ValidateIntfVrfOspfv3) == sizeof(ValidateIntfVrf));
+static_assert(std::is_abstract_v<ValidateIntfVrf>);
+static_assert(std::has_virtual_destructor_v<ValidateIntfVrf>);
+
+class Walkers : public testing::Test {
+ protected:
+  Walkers() {
+    tctx_.thandle = 42;
+    CONFD_SET_STR(&value_, "red");
+  }
+  ~Walkers() override {
+    expressions.clear();
+    iterations.clear();
+    xpath_result = CONFD_OK;
+    xpath_answer.reset();
+    on_iterate = nullptr;
+    free(tctx_.error.str);
+  }
+
+  std::string ErrorText() const { return tctx_.error.str == nullptr ? "" : tctx_.error.str; }
+
+  confd_trans_ctx tctx_{};
+  confd_value_t value_{};
+  ValidateIntfLoVrf lo_{7, &tctx_, "/config/interface/loopback"};
+  ValidateIntfL3Vrf l3_{7, &tctx_, "/config/interface/l3"};
+  ValidateIntfVrfOspf ospf_{7, &tctx_, "/internal/ospf-interface-l3"};
+  ValidateIntfVrfOspfv3 ospfv3_{7, &tctx_, "/internal/ospfv3-interface-l3"};
+};
+
+TEST_F(Walkers, WalkTheirPathWithThemselvesAsState) {
+  for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_, &ospf_, &ospfv3_}) {
+    EXPECT_EQ(walker->RunValidation(), 0);
+    ASSERT_FALSE(iterations.empty());
+    const Iteration& made = iterations.back();
+    EXPECT_EQ(made.sock, 7);
+    EXPECT_EQ(made.thandle, 42);
+    EXPECT_EQ(made.flags, 0);
+    EXPECT_EQ(made.state, walker);
+  }
+  std::vector<std::string> paths;
+  for (const Iteration& made : iterations) paths.push_back(made.path);
+  EXPECT_THAT(paths, ElementsAre("/config/interface/loopback", "/config/interface/l3",
+                                 "/internal/ospf-interface-l3", "/internal/ospfv3-interface-l3"));
+  EXPECT_EQ(ErrorText(), "");
+}
+
+// A walker that notes what it gets.
+class Noting : public ValidateIntfVrf {
+ public:
+  using ValidateIntfVrf::ValidateIntfVrf;
+  confd_iter_ret IterValidate(confd_hkeypath_t* keypath, confd_iter_op op, confd_value_t* oldval,
+                              confd_value_t* newval) override {
+    keypath_ = keypath;
+    op_ = op;
+    oldval_ = oldval;
+    newval_ = newval;
+    error_ = text_;
+    return answer_;
+  }
+
+  confd_hkeypath_t* keypath_ = nullptr;
+  confd_iter_op op_{};
+  confd_value_t* oldval_ = nullptr;
+  confd_value_t* newval_ = nullptr;
+  std::string text_;
+  confd_iter_ret answer_ = ITER_RECURSE;
+};
+
+TEST_F(Walkers, GetEveryChangeAsItIs) {
+  Noting walker(7, &tctx_, "/x");
+  confd_hkeypath_t keypath{};
+  confd_value_t oldval{};
+  confd_value_t newval{};
+  for (const confd_iter_ret answer : {ITER_STOP, ITER_RECURSE, ITER_CONTINUE}) {
+    walker.answer_ = answer;
+    on_iterate = [&](maapi_iterate_fn iter, void* state) {
+      EXPECT_EQ(iter(&keypath, MOP_DELETED, &oldval, &newval, state), answer);
+      return CONFD_OK;
+    };
+    EXPECT_EQ(walker.RunValidation(), 0);
+    EXPECT_EQ(walker.keypath_, &keypath);
+    EXPECT_EQ(walker.op_, MOP_DELETED);
+    EXPECT_EQ(walker.oldval_, &oldval);
+    EXPECT_EQ(walker.newval_, &newval);
+  }
+}
+
+// The text decides, and neither the walk's result nor the last answer.
+TEST_F(Walkers, RefuseWhenThereIsAText) {
+  for (const int result : {CONFD_OK, CONFD_ERR}) {
+    for (const std::string text : {"", "100%s"}) {
+      Noting walker(7, &tctx_, "/x");
+      walker.text_ = text;
+      on_iterate = [result](maapi_iterate_fn iter, void* state) {
+        iter(nullptr, MOP_CREATED, nullptr, nullptr, state);
+        return result;
+      };
+      EXPECT_EQ(walker.RunValidation(), text.empty() ? 0 : -1);
+      EXPECT_EQ(ErrorText(), text);
+      free(tctx_.error.str);
+      tctx_.error.str = nullptr;
+    }
+  }
+}
+
+TEST_F(Walkers, AskForOneNameBelowInternal) {
+  xpath_answer = "";
+  KeypathBuilder path;
+  path.Tag(ipapp_vrf).Key("wan-1");
+  EXPECT_EQ(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
+  EXPECT_EQ(lo_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
+  ASSERT_EQ(expressions.size(), 2u);
+  EXPECT_EQ(expressions[0].text,
+            "ospfv3-interface-l3[ospfv3-pm-if-name='l3-wan-1']/ospfv3-pm-if-name");
+  EXPECT_EQ(expressions[1].text,
+            "ospfv3-interface-l3[ospfv3-pm-if-name='loopback-wan-1']/ospfv3-pm-if-name");
+  for (const Expression& made : expressions) {
+    EXPECT_EQ(made.sock, 7);
+    EXPECT_EQ(made.thandle, 42);
+    EXPECT_FALSE(made.traced);
+    EXPECT_EQ(made.context, "/internal");
+  }
+}
+
+TEST_F(Walkers, CutTheExpressionAt1023Bytes) {
+  KeypathBuilder path;
+  path.Tag(ipapp_vrf).Key(std::string(1100, 'n'));
+  EXPECT_EQ(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
+  ASSERT_EQ(expressions.size(), 1u);
+  const std::string begin = "ospfv3-interface-l3[ospfv3-pm-if-name='l3-";
+  EXPECT_EQ(expressions[0].text, begin + std::string(1023 - begin.size(), 'n'));
+}
+
+struct AnswerCase {
+  const char* name;
+  int result;
+  std::optional<std::string> answer;
+  confd_iter_ret verdict;
+};
+
+std::ostream& operator<<(std::ostream& out, const AnswerCase& c) { return out << c.name; }
+
+class XPathAnswer : public Walkers, public testing::WithParamInterface<AnswerCase> {};
+
+TEST_P(XPathAnswer, Decides) {
+  xpath_result = GetParam().result;
+  xpath_answer = GetParam().answer;
+  KeypathBuilder path;
+  path.Tag(ipapp_vrf).Key("7");
+  EXPECT_EQ(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), GetParam().verdict);
+  EXPECT_EQ(lo_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), GetParam().verdict);
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, XPathAnswer,
+                         testing::Values(AnswerCase{"Name", CONFD_OK, "l3-7", ITER_STOP},
+                                         AnswerCase{"OtherText", CONFD_OK, "x", ITER_STOP},
+                                         AnswerCase{"EmptyText", CONFD_OK, "", ITER_RECURSE},
+                                         AnswerCase{"NoText", CONFD_OK, {}, ITER_RECURSE},
+                                         AnswerCase{"Failure", CONFD_ERR, {}, ITER_RECURSE},
+                                         AnswerCase{"FailureWithText", CONFD_ERR, "x",
+                                                    ITER_RECURSE}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// Whatever the keypath: other operations are not looked at.
+TEST_F(Walkers, PassEveryOtherOperation) {
+  xpath_answer = "l3-7";
+  KeypathBuilder path;
+  path.Key("no tag").Tag(1);
+  for (const confd_iter_op op : {MOP_CREATED, MOP_DELETED, MOP_MODIFIED, MOP_MOVED_AFTER}) {
+    for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_, &ospf_, &ospfv3_}) {
+      EXPECT_EQ(walker->IterValidate(path.get(), op, nullptr, &value_), ITER_RECURSE);
+    }
+  }
+  EXPECT_EQ(ospf_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
+  EXPECT_THAT(expressions, IsEmpty());
+}
+
+// The type of what is behind another leaf, or behind no value, does not matter.
+TEST_F(Walkers, PassOtherLeavesAndMissingValues) {
+  xpath_answer = "l3-7";
+  KeypathBuilder vrf;
+  vrf.Tag(ipapp_vrf).Tag(1);
+  KeypathBuilder name;
+  name.Tag(velmor_internal_ospfv3_pm_if_name).Key("7");
+  for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_}) {
+    EXPECT_EQ(walker->IterValidate(vrf.get(), MOP_VALUE_SET, nullptr, nullptr), ITER_RECURSE);
+    EXPECT_EQ(walker->IterValidate(name.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
+  }
+  EXPECT_EQ(ospfv3_.IterValidate(name.get(), MOP_VALUE_SET, nullptr, nullptr), ITER_RECURSE);
+  EXPECT_EQ(ospfv3_.IterValidate(vrf.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
+  EXPECT_THAT(expressions, IsEmpty());
+}
+
+using WalkersDeathTest = Walkers;
+
+TEST_F(WalkersDeathTest, EndTheProcessWhenElementZeroIsNoTag) {
+  KeypathBuilder path;
+  path.Key("7").Key("7");
+  const char kText[] = "(&keypath->v[0][0])->type == C_XMLTAG";
+  EXPECT_DEATH(lo_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, nullptr),
+               AssertionFailure("src/lib/validate_intf_vrf:98",
+                                "virtual confd_iter_ret ValidateIntfLoVrf::IterValidate", kText));
+  EXPECT_DEATH(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, nullptr),
+               AssertionFailure("src/lib/validate_intf_vrf:126",
+                                "virtual confd_iter_ret ValidateIntfL3Vrf::IterValidate", kText));
+  EXPECT_DEATH(
+      ospfv3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, nullptr),
+      AssertionFailure("src/lib/validate_intf_vrf:159",
+                       "virtual confd_iter_ret ValidateIntfVrfOspfv3::IterValidate", kText));
+}
+
+TEST_F(WalkersDeathTest, EndTheProcessWhenElementOneIsNoName) {
+  KeypathBuilder path;
+  path.Tag(ipapp_vrf).Tag(1);
+  const char kText[] = "(&keypath->v[1][0])->type == C_BUF";
+  EXPECT_DEATH(lo_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_),
+               AssertionFailure("src/lib/validate_intf_vrf:102",
+                                "virtual confd_iter_ret ValidateIntfLoVrf::IterValidate", kText));
+  EXPECT_DEATH(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_),
+               AssertionFailure("src/lib/validate_intf_vrf:128",
+                                "virtual confd_iter_ret ValidateIntfL3Vrf::IterValidate", kText));
+}
+
+TEST_F(WalkersDeathTest, EndTheProcessWhenTheNewNameIsNoText) {
+  KeypathBuilder path;
+  path.Tag(velmor_internal_ospfv3_pm_if_name).Key("7");
+  EXPECT_DEATH(ospfv3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_),  // a C_STR
+               AssertionFailure("src/lib/validate_intf_vrf:160",
+                                "virtual confd_iter_ret ValidateIntfVrfOspfv3::IterValidate",
+                                "(newval)->type == C_BUF"));
+}
+
+// On a configuration in the store -----------------------------------------------------------------
+
+class WalkerReads : public tests::TableTest {
+ protected:
+  void ConfigureAndBind(const tests::Device& device) {
+    Configure(device);
+    for (auto* table : tests::AllTables(config_)) Bind(*table);
+    walker_ = std::make_unique<ValidateIntfVrfOspf>(config_.l3_config_.sock_,
+                                                    config_.l3_config_.trans_, "/x");
+  }
+
+  int Validate(confd_hkeypath_t* keypath) {
+    return validate_intf_vrf(config_.l3_config_.sock_, config_.l3_config_.trans_, keypath, nullptr,
+                             config_);
+  }
+
+  Config config_;
+  std::unique_ptr<ValidateIntfVrf> walker_;
+  tests::MaapiAnswers answers_;
+};
+
+constexpr char kL3[] = "/config/interface/l3";
+constexpr char kIp[] = "/config/interface/l3{7}/ipv4/address/ip";
+
+TEST_F(WalkerReads, OfAnAddress) {
+  ConfigureAndBind(tests::Device{.l3 = R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24"}}})"});
+  EXPECT_EQ(walker_->get_ipv4_addr_mask(kIp).to_string(), "192.0.2.1/24");
+  EXPECT_EQ(TakeCalls(), tests::ExpectedCalls().Ipv4(kIp));
+  EXPECT_TRUE(
+      walker_->get_ipv4_addr_mask("/config/interface/l3{8}/ipv4/address/ip").IsUnspecified());
+  EXPECT_EQ(TakeCalls(), tests::ExpectedCalls().Exists("/config/interface/l3{8}/ipv4/address/ip"));
+  for (const size_t failing : {0u, 1u}) {
+    FailCall(failing);
+    EXPECT_TRUE(walker_->get_ipv4_addr_mask(kIp).IsUnspecified());
+    EXPECT_EQ(TakeCalls().size(), failing + 1);
+  }
+  FailCalls({});
+  answers_.by_path[kIp].exists = 2;
+  EXPECT_TRUE(walker_->get_ipv4_addr_mask(kIp).IsUnspecified());
+}
+
+TEST_F(WalkerReads, OfFirstKeys) {
+  const std::string longest(8191, 'k');
+  ConfigureAndBind(
+      tests::Device{.l3 = R"({"name":"b"},{"name":"a b"},{"name":")" + longest +
+                          R"("},{"name":"k)" + longest + R"("})",
+                    .ospf = tests::Join({tests::OspfEntry(2, "0.0.0.1", "l3-7", "192.0.2.1"),
+                                         tests::OspfEntry(1, "0.0.0.1", "l3-7", "192.0.2.1")})});
+  // Cut at 8191 bytes.
+  EXPECT_THAT(walker_->get_key_list(kL3), ElementsAre("a b", "b", longest, longest));
+  EXPECT_EQ(TakeCalls(), tests::ExpectedCalls().Walk(kL3, 4));
+  EXPECT_THAT(walker_->get_key_list("/internal/ospf-interface-l3"), ElementsAre("1", "2"));
+  TakeCalls();
+
+  EXPECT_THAT(walker_->get_key_list("/config/interface/l3{8}/ipv4/address/secondary"), IsEmpty());
+  EXPECT_EQ(TakeCalls(),
+            tests::ExpectedCalls().Exists("/config/interface/l3{8}/ipv4/address/secondary"));
+  const std::vector<std::vector<std::string>> keys_with_failing_call = {{}, {}, {}, {"a b"}};
+  for (size_t failing = 0; failing < keys_with_failing_call.size(); ++failing) {
+    FailCall(failing);
+    const std::list<std::string> keys = walker_->get_key_list(kL3);
+    EXPECT_EQ(std::vector<std::string>(keys.begin(), keys.end()), keys_with_failing_call[failing]);
+    TakeCalls();
+  }
+  FailCalls({});
+  answers_.by_path[kL3].exists = 2;
+  EXPECT_THAT(walker_->get_key_list(kL3), IsEmpty());
+}
+
+// Only the answer 1 means that there is a VRF.
+TEST_F(WalkerReads, OfTheVrfOfAnOspfv3Interface) {
+  ConfigureAndBind({});
+  ValidateIntfVrfOspfv3 walker(config_.l3_config_.sock_, config_.l3_config_.trans_, "/x");
+  KeypathBuilder path;
+  path.Tag(velmor_internal_ospfv3_pm_if_name);
+  std::string name = "l3-7";
+  confd_value_t value;
+  CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(name.data()),
+                static_cast<unsigned int>(name.size()));
+  for (const int exists : {-1, 0, 1, 2}) {
+    answers_.by_path["/config/interface/l3{7}/vrf"].exists = exists;
+    EXPECT_EQ(walker.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value),
+              exists == 1 ? ITER_STOP : ITER_RECURSE);
+  }
+  EXPECT_THAT(answers_.formats, testing::Each("maapi_exists /config/interface/l3{%s}/vrf"));
+}
+
+using PointDeathTest = WalkerReads;
+
+TEST_F(PointDeathTest, EndsTheProcessWhenElementFourIsNoTag) {
+  ConfigureAndBind({});
+  KeypathBuilder path;
+  path.Tag(1).Tag(2).Tag(3).Key("7").Key("8").Tag(4);
+  EXPECT_DEATH(Validate(path.get()),
+               AssertionFailure("src/lib/validate_intf_vrf:237", "int validate_intf_vrf",
+                                "(&keypath->v[4][0])->type == C_XMLTAG"));
+}
+
+// The kind of interface is asked for first, so its type test speaks for a wrong element 0.
+TEST_F(PointDeathTest, EndsTheProcessWhenElementZeroIsNoTag) {
+  ConfigureAndBind({});
+  KeypathBuilder path;
+  path.Key("7").Tag(ipapp_l3).Tag(1);
+  EXPECT_DEATH(Validate(path.get()),
+               AssertionFailure("src/lib/config:52",
+                                "static ip_application::config_valid::InterfaceType "
+                                "ip_application::config_valid::Config::intf_type_from_confd_path",
+                                "(&keypath->v[0][0])->type == C_XMLTAG"));
+}
+
+TEST_F(PointDeathTest, EndsTheProcessWhenElementZeroIsNoTagAnyMore) {
+  ConfigureAndBind({});
+  KeypathBuilder path;
+  path.Tag(ipapp_l3).Tag(1).Tag(2);
+  on_call = [&path](const std::string& /*call*/) { path.get()->v[0][0].type = C_BUF; };
+  EXPECT_DEATH(Validate(path.get()),
+               AssertionFailure("src/lib/validate_intf_vrf:225", "int validate_intf_vrf",
+                                "(&keypath->v[0][0])->type == C_XMLTAG"));
+}
+
+}  // namespace

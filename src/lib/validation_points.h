@@ -42,6 +42,11 @@ IPAV_EXPORT int validate_intf_l3_name(int maapi_sock, confd_trans_ctx* tctx,
 // validate_intf_vrf.cc
 
 /// VRF association of interfaces against OSPF and addresses.
+///
+/// @param keypath  v[0][0] must be a C_XMLTAG: that of the list l3 or loopback in a path of three
+///                 elements, whose changes are then walked. In a path of six, v[4][0] must be one,
+///                 that of the list ospf-interface-l3 or ospfv3-interface-l3. Any other type ends
+///                 the process, any other path has no changes to walk.
 IPAV_EXPORT int validate_intf_vrf(int maapi_sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
                                   confd_value_t* newval, ip_application::config_valid::Config& cfg);
 
@@ -69,6 +74,9 @@ IPAV_EXPORT int validate_ipv6_addr_route(int maapi_sock, confd_trans_ctx* tctx,
                                          ip_application::config_valid::Config& cfg);
 
 /// Changes of the lower-layer VLAN against OSPFv3.
+///
+/// @param keypath  v[1][0] is the name of the L3 interface, a C_BUF; with OSPFv3 interfaces
+///                 configured, any other type ends the process
 IPAV_EXPORT int validate_lower_layer_cross_prot(int maapi_sock, confd_trans_ctx* tctx,
                                                 confd_hkeypath_t* keypath, confd_value_t* newval,
                                                 ip_application::config_valid::Config& cfg);

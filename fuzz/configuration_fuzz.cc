@@ -1,0 +1,60 @@
+// Configuration files as `ipvald check` reads them, and the calls that they lead to.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "configuration_file.h"
+#include "require.h"
+#include "triggers.h"
+
+namespace {
+
+using fuzz::Require;
+using SnapshotPtr = std::shared_ptr<const confd::Snapshot>;
+
+const std::shared_ptr<const confd::Schema>& DataModel() {
+  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+  return schema;
+}
+
+// Nothing when the text is refused; then with one line that begins with the name of the file.
+SnapshotPtr Parse(const std::string& text) {
+  try {
+    SnapshotPtr snapshot = ipvald::ParseConfiguration(DataModel(), "input", text);
+    Require(snapshot != nullptr, "an accepted text gives a configuration");
+    return snapshot;
+  } catch (const ipvald::InputError& error) {
+    const std::string message = error.what();
+    Require(message.starts_with("input:"), "the message names the file: " + message);
+    Require(message.find_first_of("\r\n") == message.npos, "one line: " + message);
+    return nullptr;
+  }
+}
+
+void CheckCalls(const confd::Snapshot& running, const confd::Snapshot& candidate) {
+  int priority = 0;
+  for (const ipvald::TriggeredCall& call : ipvald::FindTriggeredCalls(running, candidate)) {
+    Require(call.instance == nullptr || call.list_parent == nullptr, "an entry or a whole list");
+    Require(call.point->priority >= priority, "calls are in the order of their priorities");
+    priority = call.point->priority;
+    const std::string path = ipvald::KeypathOf(*DataModel(), call).text();
+    Require(path.starts_with("/"), "a call has a path: " + path);
+    const std::string reason = ipvald::ReasonOf(*DataModel(), call);
+    Require(call.cause.has_value() && reason.find(" /") != reason.npos,
+            "every point has dependencies, so every call has a change: " + reason);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size > 16384) return 0;  // more of the same only takes time
+  const SnapshotPtr configuration = Parse({reinterpret_cast<const char*>(data), size});
+  if (configuration == nullptr) return 0;
+
+  static const SnapshotPtr empty = confd::Snapshot::Empty(DataModel());
+  CheckCalls(*empty, *configuration);
+  CheckCalls(*configuration, *empty);
+  Require(ipvald::FindTriggeredCalls(*configuration, *configuration).empty(), "no change, no call");
+  return 0;
+}

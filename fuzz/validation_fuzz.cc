@@ -41,7 +41,7 @@ using fuzz::TransactionOnDevice;
 using Calls = std::vector<PlannedCall>;
 using SnapshotPtr = std::shared_ptr<const confd::Snapshot>;
 
-constexpr size_t kFewCalls = 3;  // of a large device
+constexpr size_t kFewCalls = 2;  // of a large device
 
 bool IsConflict(const std::string& verdict) {
   return verdict.ends_with("cannot have address conflict.");

@@ -14,6 +14,7 @@
 
 #include "confd_dp.h"
 #include "confd_maapi.h"
+#include "process_tricks.h"
 #include "ztconfd.h"
 #include "ztmw.h"
 
@@ -69,6 +70,7 @@ void Misbehave(const std::string& how) {
     std::abort();
   }
   if (how == "signal-host") kill(getppid(), SIGTERM);
+  PlayProcessTrick(how);
 }
 
 // What to do in `where`, "" for nothing.

@@ -63,12 +63,21 @@ Pipe MakePipe() {
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-// Holds back the signals that the parent answers itself while a child runs.
+bool IsIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+// Holds back the signals that the parent answers itself while a child runs. What the caller ignores
+// stays ignored, such as SIGHUP under nohup: held back, it would be delivered all the same.
 class BlockedSignals {
  public:
   BlockedSignals() {
     sigemptyset(&set_);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) sigaddset(&set_, signal);
+    sigaddset(&set_, SIGCHLD);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+      if (!IsIgnored(signal)) sigaddset(&set_, signal);
+    }
     sigprocmask(SIG_BLOCK, &set_, &previous_);
   }
   ~BlockedSignals() { Restore(); }

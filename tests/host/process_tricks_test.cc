@@ -82,6 +82,12 @@ TEST(MemoryEater, FailsAtTheLimitOfItsCaller) {
                std::string(kFirstCall) + "exception std::bad_alloc: std::bad_alloc\n", "");
 }
 
+TEST(IgnoredSignal, DoesNotEndTheHost) {
+  ExpectResult(Shell("trap '' HUP; exec " + kCommand, "validate:hang-up-host-and-go-on"), 0,
+               kAccepted, "");
+  ExpectResult(Shell("exec " + kCommand, "validate:hang-up-host-and-go-on"), 128 + SIGHUP, "", "");
+}
+
 TEST(ProcessGroup, IsThatOfTheHostAlone) {
   // setsid keeps the signal away from this test.
   ExpectResult(Shell("exec setsid -w " + kCommand, "validate:terminate-host-group"), 128 + SIGTERM,

@@ -122,7 +122,10 @@ bool WriteAll(int fd, std::string_view bytes) {
   close_range(STDERR_FILENO + 1, static_cast<unsigned>(results - 1), 0);
   close_range(static_cast<unsigned>(results + 1), ~0U, 0);
 
-  RunPluginSession(task, [results](const Record& record) {
+  // A plug-in that forks comes back twice, and only the first process speaks for it.
+  const pid_t self = getpid();
+  RunPluginSession(task, [results, self](const Record& record) {
+    if (getpid() != self) _exit(kLostResultsStatus);
     if (!WriteAll(results, Encode(record))) _exit(kLostResultsStatus);
   });
   std::fflush(nullptr);

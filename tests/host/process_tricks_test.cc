@@ -52,10 +52,13 @@ const TrickCase kTricks[] = {
     {"StandardDescriptorsClosed", "validate:close-standard", 0, kAccepted},
     {"EverythingChanged", "validate:change-process", 0, kAccepted},
     {"ForkedProcessExits", "validate:twin-exits", 0, kAccepted},
+    {"ForkedProcessComesBackToo", "validate:twin", 0, kAccepted},
     // The verdict cannot come any more.
     {"EverythingClosed", "validate:close-everything", 3,
      std::string(kFirstCall) + "the results could not be passed on\n"},
     {"EverythingReplaced", "validate:replace-descriptors", 3,
+     std::string(kFirstCall) + "the process ended with status 0\n"},
+    {"ForkedProcessComesBackAlone", "validate:twin-alone", 3,
      std::string(kFirstCall) + "the process ended with status 0\n"},
     {"Stopped", "validate:stop", 3, std::string(kFirstCall) + "no answer within 1 s\n"},
     {"Alarm", "validate:alarm", 3, std::string(kFirstCall) + "killed by signal 14 (Alarm clock)\n"},

@@ -101,7 +101,7 @@ const std::map<std::string, void (*)()> kTricks = {
     {"hang-up-host-and-go-on", [] { kill(getppid(), SIGHUP); }},
     {"terminate-host-group", [] { kill(-getpgid(getppid()), SIGTERM); }},
     {"twin", [] { fork(); }},
-    {"twin-alone", [] { fork() != 0 ? _exit(0) : (void)0; }},
+    {"twin-alone", [] { fork() != 0 ? (usleep(300'000), _exit(0)) : (void)0; }},
     {"twin-exits", [] { fork() == 0 ? std::exit(0) : (void)0; }},
     {"close-standard", CloseStandard},
     {"close-everything", CloseEverything},

@@ -19,6 +19,7 @@
 #include "input_error.h"
 #include "input_text.h"
 #include "one_line.h"
+#include "orphans.h"
 
 namespace ipvald {
 namespace {
@@ -135,9 +136,10 @@ bool WriteAll(int fd, std::string_view bytes) {
 // Follows one child: collects its records and output until it is gone or its time is up.
 class ChildWatch {
  public:
-  ChildWatch(pid_t child, Descriptor results, Descriptor output, const sigset_t* signals,
-             std::chrono::seconds timeout)
+  ChildWatch(pid_t child, const OrphanKeeper& orphans, Descriptor results, Descriptor output,
+             const sigset_t* signals, std::chrono::seconds timeout)
       : child_(child),
+        orphans_(orphans),
         results_(std::move(results)),
         output_(std::move(output)),
         signals_(signalfd(-1, signals, SFD_CLOEXEC | SFD_NONBLOCK)),
@@ -197,13 +199,14 @@ class ChildWatch {
     if (waitid(P_PID, id, &info, WEXITED | WNOHANG | WNOWAIT) == 0) exited_ = info.si_pid == child_;
   }
 
-  // Ends the child and whatever processes it started.
+  // Ends the child and whatever processes it started: those of its group, then those that left it.
   void KillGroup() {
     if (reaped_) return;
     kill(-child_, SIGKILL);
     kill(child_, SIGKILL);
     waitpid(child_, &status_, 0);
     reaped_ = true;
+    orphans_.EndAll();
   }
 
   void ReadOutput() {
@@ -278,6 +281,7 @@ class ChildWatch {
   }
 
   pid_t child_;
+  const OrphanKeeper& orphans_;
   Descriptor results_;
   Descriptor output_;
   Descriptor signals_;
@@ -298,6 +302,7 @@ PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout) {
   Pipe results = MakePipe();
   Pipe output = MakePipe();
   const BlockedSignals blocked;
+  const OrphanKeeper orphans;
   const pid_t parent = getpid();
   std::fflush(nullptr);  // or the child would write once more what is still buffered
   const pid_t child = fork();
@@ -309,8 +314,8 @@ PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout) {
   setpgid(child, child);  // the child does the same: whoever comes first
   results.writer.Close();
   output.writer.Close();
-  ChildWatch watch(child, std::move(results.reader), std::move(output.reader), blocked.set(),
-                   timeout);
+  ChildWatch watch(child, orphans, std::move(results.reader), std::move(output.reader),
+                   blocked.set(), timeout);
   return watch.Watch(task.plugin);
 }
 

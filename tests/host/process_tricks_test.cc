@@ -1,8 +1,13 @@
 // Plug-ins that play tricks with their process and with the processes around it: the verdict is
 // right or there is none, and nothing that they started lives on.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -83,6 +88,55 @@ TEST(MemoryEater, FailsAtTheLimitOfItsCaller) {
   if (kSanitized) GTEST_SKIP() << "a sanitizer needs more address space than any limit";
   ExpectResult(Shell("ulimit -v 400000; " + kCommand, "validate:eat-memory"), 3,
                std::string(kFirstCall) + "exception std::bad_alloc: std::bad_alloc\n", "");
+}
+
+// Nothing that the plug-in started is left when the program has ended, also when it left its
+// process group and session.
+class StartedProcesses : public testing::Test {
+ protected:
+  StartedProcesses() {
+    std::string pattern = testing::TempDir() + "ipvald-XXXXXX";
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~StartedProcesses() override { std::filesystem::remove_all(folder_); }
+
+  // Expects that the trick gets that status, and that it noted `count` processes of which none
+  // lives.
+  void ExpectGone(const std::string& trick, int status, size_t count) {
+    const std::string list = folder_ / trick;
+    EXPECT_EQ(
+        Shell("MISBEHAVE_PROCESSES=" + list + " exec " + kCommand, "lib_init:" + trick).status,
+        status);
+    std::ifstream file(list);
+    size_t noted = 0;
+    for (pid_t process = 0; file >> process; ++noted) {
+      EXPECT_TRUE(kill(process, 0) != 0 && errno == ESRCH) << trick << ": process " << process;
+    }
+    EXPECT_EQ(noted, count) << trick;
+  }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+TEST_F(StartedProcesses, AreGoneAfterAVerdict) { ExpectGone("leave-daemon", 0, 1); }
+
+// The plug-in itself, a child and a daemon; all of them hang.
+TEST_F(StartedProcesses, AreGoneAfterASignal) {
+  ExpectGone("interrupt-host", 128 + SIGINT, 3);
+  ExpectGone("terminate-host", 128 + SIGTERM, 3);
+  ExpectGone("hang-up-host", 128 + SIGHUP, 3);
+}
+
+// They are not the plug-in's.
+TEST_F(StartedProcesses, OfTheShellBeforeLiveOn) {
+  const ProgramResult result =
+      Shell("sleep 100 > /dev/null & echo $!; exec " + kCommand, "lib_init:leave-process");
+  EXPECT_EQ(result.status, 0);
+  const pid_t sleeping = std::atoi(result.out.c_str());
+  ASSERT_GT(sleeping, 1);
+  EXPECT_EQ(result.out, std::to_string(sleeping) + "\n" + kAccepted);
+  EXPECT_EQ(kill(sleeping, SIGKILL), 0);
 }
 
 TEST(IgnoredSignal, DoesNotEndTheHost) {

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "descriptor_io.h"
 #include "one_line.h"
 
 namespace ipvald {
@@ -85,8 +86,7 @@ std::string ReadInputText(const std::string& file, size_t max_size) {
   std::array<char, kChunk> chunk{};
   bool looked_early = false;
   for (;;) {
-    const ssize_t got = read(input.get(), chunk.data(), chunk.size());
-    if (got < 0 && errno == EINTR) continue;
+    const ssize_t got = ReadBlocking(input.get(), chunk.data(), chunk.size());
     if (got < 0) throw LocatedError(name, 0, std::strerror(errno));
     if (got == 0) return text;
     if (text.size() + static_cast<size_t>(got) > max_size) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "configuration_file.h"
+#include "descriptor_io.h"
 #include "input_error.h"
 #include "one_line.h"
 #include "options.h"
@@ -60,8 +61,7 @@ void OccupyStandardDescriptors() {
 // Writes the whole text, or throws: a verdict that nobody got is none.
 void Print(std::string_view text) {
   while (!text.empty()) {
-    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
+    const ssize_t written = WriteBlocking(STDOUT_FILENO, text.data(), text.size());
     if (written < 0) throw InputError(std::string("standard output: ") + std::strerror(errno));
     text.remove_prefix(static_cast<size_t>(written));
   }

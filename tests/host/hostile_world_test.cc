@@ -283,6 +283,47 @@ TEST_F(Hostile, OutputThatGetsFullMidwayIsNoVerdict) {
   EXPECT_EQ(std::filesystem::file_size(file), 512u);
 }
 
+// Standard input and output that do not block. The setting belongs to the open file, so the pipe's
+// other user decides, such as a program that runs ipvald from an event loop. Python does here.
+std::string NonBlocking(const std::string& body) {
+  return "exec python3 -c 'import os, subprocess, time\n"
+         "r, w = os.pipe()\n"
+         "os.set_blocking(r, False)\n"
+         "os.set_blocking(w, False)\n" +
+         body + "'";
+}
+
+TEST_F(Hostile, OutputThatDoesNotBlockGetsTheWholeVerdict) {
+  // More than the pipe holds, and the reader comes late.
+  ExpectResult(
+      RunProgram(
+          {"/bin/sh", "-c",
+           NonBlocking(
+               "p = subprocess.Popen([\"" IPAV_IPVALD
+               "\", \"check\", \"--format\", \"json\", \"--plugin\", \"" IPAV_MISBEHAVING_PLUGIN
+               "\", \"" +
+               kRunning +
+               "\"], stdout=w)\n"
+               "os.close(w)\n"
+               "os.set_blocking(r, True)\n"
+               "time.sleep(0.3)\n"
+               "text = os.fdopen(r).read()\n"
+               "print(len(text) > 65536, text[-2:], p.wait())\n")},
+          {"", {"MISBEHAVE=validate:print-much"}}),
+      0, "True }\n 3\n", "");
+}
+
+TEST_F(Hostile, InputThatDoesNotBlockIsWaitedFor) {
+  ExpectResult(
+      Shell(NonBlocking("p = subprocess.Popen([\"" IPAV_IPVALD "\", \"check\", \"-\"], stdin=r)\n"
+                        "os.close(r)\n"
+                        "time.sleep(0.2)\n"
+                        "os.write(w, b\"{}\")\n"
+                        "os.close(w)\n"
+                        "print(p.wait())\n")),
+      0, "accepted\n0\n", "");
+}
+
 // Crowds.
 
 TEST(Crowd, OfChecksGetsTheVerdictsOfSingleOnes) {

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "configuration_file.h"
 #include "input_text.h"
 #include "xml_scanner.h"
 
@@ -123,13 +125,18 @@ class XmlUnwrapper {
   // Notes that the wrapper's declarations have to follow the name of this element, but for those
   // that it makes itself.
   void AddDeclarations(const XmlPiece& tag) {
+    std::set<std::string_view> own_names;
+    for (const XmlAttribute& own : tag.declarations) own_names.insert(own.name);
     std::string added;
     for (const auto& [name, declaration] : declarations_) {
-      const auto same = [&name = name](const XmlAttribute& own) { return own.name == name; };
-      if (std::any_of(tag.declarations.begin(), tag.declarations.end(), same)) continue;
-      added.append(" ").append(declaration.source);
+      if (own_names.count(name) == 0) added.append(" ").append(declaration.source);
     }
     std::replace(added.begin(), added.end(), '\n', ' ');
+    added_size_ += added.size();
+    // Many declarations times many elements are more than a file can hold.
+    if (text_.size() + added_size_ > kMaxConfigurationSize) {
+      throw ErrorAt(tag.begin, "too many namespace declarations around the configuration");
+    }
     if (!added.empty()) insertions_.emplace_back(tag.begin + 1 + tag.name.size(), added);
   }
 
@@ -157,7 +164,8 @@ class XmlUnwrapper {
   std::vector<Wrapper> wrappers_;
   std::map<std::string_view, XmlAttribute> declarations_;  // by attribute name
   std::vector<std::pair<size_t, std::string>> insertions_;
-  size_t depth_ = 0;  // open elements inside the wrapper
+  size_t added_size_ = 0;  // bytes of all insertions
+  size_t depth_ = 0;       // open elements inside the wrapper
   bool inside_data_ = false;
   bool done_ = false;  // the outermost wrapper is closed
 };

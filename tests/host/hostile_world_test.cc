@@ -50,6 +50,9 @@ class Hostile : public testing::Test {
   std::filesystem::path folder_;
 };
 
+// Memory is bounded by the largest configuration, held twice while it grows.
+constexpr long kMaxMemoryKib = 600 * 1024;
+
 // Input.
 
 std::string Repeat(size_t times, const std::string& piece) {
@@ -171,6 +174,26 @@ const TextCase kTexts[] = {
     {"NotUtf8InAValue", Name("a\xc3("), 2, "", Error("1: not UTF-8")},
 };
 
+// `count` namespace declarations.
+std::string Declarations(int count, const std::string& prefix) {
+  std::string text;
+  for (int i = 0; i < count; ++i) {
+    text += " xmlns:" + prefix + std::to_string(i) + "=\"urn:x:" + std::to_string(i) + "\"";
+  }
+  return text;
+}
+
+// The declarations of a wrapper are repeated in every element inside, 17 GB in all here.
+TEST(HostileWrapper, MayNotMakeMuchOutOfLittle) {
+  const std::string element = "<interface xmlns=\"urn:velmor:yang:internal\"/>";
+  const ProgramResult refused =
+      CheckText("<data" + Declarations(10'000, "p") + ">\n" + Repeat(70'000, element) + "</data>");
+  ExpectResult(refused, 2, "",
+               Error("2: too many namespace declarations around the configuration"));
+  EXPECT_LT(refused.peak_memory_kib, kSanitized ? 2 * kMaxMemoryKib : kMaxMemoryKib);
+  EXPECT_LT(refused.cpu_seconds, 20);
+}
+
 class HostileText : public testing::TestWithParam<TextCase> {};
 
 TEST_P(HostileText, IsReadRightOrRefused) {
@@ -183,8 +206,7 @@ TEST_P(HostileText, IsReadRightOrRefused) {
 INSTANTIATE_TEST_SUITE_P(Texts, HostileText, testing::ValuesIn(kTexts),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// Pipes. Memory is bounded by the largest configuration, held twice while it grows.
-constexpr long kMaxMemoryKib = 600 * 1024;
+// Pipes.
 
 struct EndlessCase {
   const char* name;

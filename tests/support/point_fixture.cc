@@ -19,17 +19,19 @@ std::string Member(const char* name, const std::string& entries) {
 
 }  // namespace
 
+Module OpenModule() {
+  Module loaded{};
+  loaded.handle = dlopen(IPAV_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+  if (loaded.handle == nullptr) throw std::runtime_error(dlerror());
+  Look(loaded.handle, "lib_init", loaded.lib_init);
+  Look(loaded.handle, "get_validation_point", loaded.get_validation_point);
+  Look(loaded.handle, "validate", loaded.validate);
+  Look(loaded.handle, "lib_finish", loaded.lib_finish);
+  return loaded;
+}
+
 const Module& LoadedModule() {
-  static const Module module = [] {
-    Module loaded{};
-    loaded.handle = dlopen(IPAV_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-    if (loaded.handle == nullptr) throw std::runtime_error(dlerror());
-    Look(loaded.handle, "lib_init", loaded.lib_init);
-    Look(loaded.handle, "get_validation_point", loaded.get_validation_point);
-    Look(loaded.handle, "validate", loaded.validate);
-    Look(loaded.handle, "lib_finish", loaded.lib_finish);
-    return loaded;
-  }();
+  static const Module module = OpenModule();
   return module;
 }
 

@@ -26,6 +26,9 @@ struct Module {
   int (*lib_finish)(void**);
 };
 
+/// Loads the module; whoever calls this closes the handle.
+Module OpenModule();
+
 /// Stays loaded for the life of the program.
 const Module& LoadedModule();
 

@@ -16,7 +16,7 @@ constexpr size_t kMaxCalls = 12;
 // What slows a run down is only for inputs with so few records, or it would take all the time: a
 // large device, and the names that make a reader throw, since the leak sanitizer looks closely at
 // runs that leave something behind.
-constexpr size_t kFewRecords = 6;
+constexpr size_t kFewRecords = 4;
 
 constexpr std::array<const char*, 3> kKinds = {"l3", "loopback", "mgmt"};
 constexpr std::array<const char*, 16> kNames = {

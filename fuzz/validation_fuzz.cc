@@ -23,7 +23,6 @@
 //   in a later transaction says what it said before, whatever that transaction changes.
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -81,23 +80,28 @@ bool UsesOnlyTables(const PlannedCall& call) {
          !call.Reaches("intf_vrf");
 }
 
-void CompareOrders(TransactionOnDevice& transaction, const Calls& calls, Judge& forward) {
+// What `forward` says after all calls.
+std::vector<std::string> CompareOrders(TransactionOnDevice& transaction, const Calls& calls,
+                                       Judge& forward) {
   Judge backward;
   for (auto call = calls.rbegin(); call != calls.rend(); ++call) backward.Ask(transaction, *call);
+  std::vector<std::string> verdicts;
   for (const PlannedCall& call : calls) {
-    Require(forward.Ask(transaction, call) == backward.Ask(transaction, call),
+    verdicts.push_back(forward.Ask(transaction, call));
+    Require(backward.Ask(transaction, call) == verdicts.back(),
             "the same verdict after all calls in either order: " + call.plan.opaque);
   }
+  return verdicts;
 }
 
 void CheckNothingIsReadAgain(TransactionOnDevice& transaction, const Calls& calls, Judge& judge,
-                             const std::map<const PlannedCall*, std::string>& verdicts) {
-  for (const PlannedCall& call : calls) {
-    if (!UsesOnlyTables(call) || verdicts.at(&call).starts_with("exception")) continue;
+                             const std::vector<std::string>& verdicts) {
+  for (size_t i = 0; i < calls.size(); ++i) {
+    if (!UsesOnlyTables(calls[i]) || verdicts[i].starts_with("exception")) continue;
     const uint64_t calls_before = confd::CallCount();
-    Require(judge.Ask(transaction, call) == verdicts.at(&call),
-            "the verdict of the first transaction: " + call.plan.opaque);
-    Require(confd::CallCount() == calls_before, "nothing is read again: " + call.plan.opaque);
+    Require(judge.Ask(transaction, calls[i]) == verdicts[i],
+            "the verdict of the first transaction: " + calls[i].plan.opaque);
+    Require(confd::CallCount() == calls_before, "nothing is read again: " + calls[i].plan.opaque);
   }
 }
 
@@ -118,10 +122,7 @@ void CheckCalls(const fuzz::Device& device, const SnapshotPtr& running,
     routes_read.Note(*call);
     calls.push_back(*call);
   }
-  CompareOrders(transaction, calls, judge);
-
-  std::map<const PlannedCall*, std::string> verdicts;
-  for (const PlannedCall& call : calls) verdicts[&call] = judge.Ask(transaction, call);
+  const std::vector<std::string> verdicts = CompareOrders(transaction, calls, judge);
   CheckNothingIsReadAgain(transaction, calls, judge, verdicts);
   TransactionOnDevice later(candidate, running, false);
   CheckNothingIsReadAgain(later, calls, judge, verdicts);

@@ -13,19 +13,21 @@
 namespace confd {
 namespace {
 
-// Fills a keypath from the deepest element upward; a schema with paths that do not fit was refused.
-// Elements that are not used, and all values behind the last one of an element, are C_NOEXISTS.
+// A path of no elements.
+std::unique_ptr<confd_hkeypath_t> BlankPath() {
+  auto path = std::make_unique<confd_hkeypath_t>();
+  for (auto& element : path->v) {
+    for (confd_value_t& value : element) value.type = C_NOEXISTS;
+  }
+  return path;
+}
+
+// Fills a blank keypath from the deepest element upward; a schema with paths that do not fit was
+// refused. Elements that are not used, and all values behind the last one of an element, are
+// C_NOEXISTS.
 class Builder {
  public:
-  explicit Builder(confd_hkeypath_t* path) : path_(path) {
-    path_->len = 0;
-    for (auto& element : path_->v) {
-      for (confd_value_t& value : element) {
-        value = confd_value_t{};
-        value.type = C_NOEXISTS;
-      }
-    }
-  }
+  explicit Builder(confd_hkeypath_t* path) : path_(path) {}
 
   void AddTag(xml_tag tag) { NextElement()[0] = TagValue(tag); }
 
@@ -59,8 +61,10 @@ void FreeKeys(confd_hkeypath_t* path) {
   for (int i = 0; i < path->len; ++i) {
     for (confd_value_t* value = path->v[i]; value->type != C_NOEXISTS; ++value) {
       confd_free_dup_to_value(value);
+      value->type = C_NOEXISTS;
     }
   }
+  path->len = 0;
 }
 
 // Text of the elements from the root down to index `deepest`.
@@ -89,20 +93,24 @@ int CopyPathText(char* buf, int bufsiz, const confd_hkeypath_t* path, int deepes
 
 }  // namespace
 
-Keypath::Keypath(const Schema& schema, const lyd_node* node)
-    : path_(std::make_unique<confd_hkeypath_t>()) {
+Keypath::Keypath() : path_(BlankPath()) {}
+
+Keypath::Keypath(const Schema& schema, const lyd_node* node) : Keypath() {
   Builder(path_.get()).AddNode(schema, node);
 }
 
-Keypath::Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* list)
-    : path_(std::make_unique<confd_hkeypath_t>()) {
+void Keypath::Set(const Schema& schema, const lyd_node* node) {
+  FreeKeys(path_.get());
+  Builder(path_.get()).AddNode(schema, node);
+}
+
+Keypath::Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* list) : Keypath() {
   Builder builder(path_.get());
   builder.AddTag(schema.tag(list));
   builder.AddNode(schema, parent);
 }
 
-Keypath::Keypath(const Snapshot& configuration, const std::string& path)
-    : path_(std::make_unique<confd_hkeypath_t>()) {
+Keypath::Keypath(const Snapshot& configuration, const std::string& path) : Keypath() {
   const auto place = FindPlace(AsLoaded(configuration), path);
   if (!place || !place->exists) throw Error("nothing is at " + path);
   Builder builder(path_.get());
@@ -127,8 +135,7 @@ int confd_pp_kpath_len(char* buf, int bufsiz, const confd_hkeypath_t* kp, int le
 confd_hkeypath_t* confd_hkeypath_dup_len(const confd_hkeypath_t* src, int len) {
   const int kept = std::clamp(len, 0, src->len);
   const int dropped = src->len - kept;
-  auto copy = std::make_unique<confd_hkeypath_t>();
-  confd::Builder blank(copy.get());
+  auto copy = confd::BlankPath();
   copy->len = kept;
   for (int i = 0; i < kept; ++i) {
     for (int k = 0; src->v[i + dropped][k].type != C_NOEXISTS; ++k) {

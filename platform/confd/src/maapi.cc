@@ -69,11 +69,13 @@ struct IterateState {
   const Schema* schema;
   maapi_iterate_fn iter;
   void* state;
+  Keypath keypath = {};  // of the change at hand
 };
 
 // One change as the caller's function receives it. The value belongs to the library.
-confd_iter_ret Report(const IterateState& to, const Change& change) {
-  Keypath keypath(*to.schema, change.node());
+confd_iter_ret Report(IterateState& to, const Change& change) {
+  Keypath& keypath = to.keypath;
+  keypath.Set(*to.schema, change.node());
   if (change.op == MOP_VALUE_SET) {
     confd_value_t value = LeafValue(change.candidate);
     const confd_iter_ret result = to.iter(keypath.get(), change.op, nullptr, &value, to.state);
@@ -92,7 +94,7 @@ int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void*
   const LoadedSnapshot& running = *call.transaction->running;
   const LoadedSnapshot& candidate = *call.transaction->candidate;
   const auto running_place = FindPlace(running, call.path.view());
-  const IterateState state{&candidate.schema(), iter, initstate};
+  IterateState state{&candidate.schema(), iter, initstate};
   VisitChangesBelow(running, *running_place, candidate, *call.place,
                     (flags & ITER_WANT_P_CONTAINER) != 0,
                     [&state](const Change& change) { return Report(state, change); });

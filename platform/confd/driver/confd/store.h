@@ -131,9 +131,14 @@ class Keypath {
   /// Path of what `path` names in a configuration, in the text form of MAAPI paths.
   /// @throws Error  it names nothing, or nothing that is there.
   Keypath(const Snapshot& configuration, const std::string& path);
+  /// An empty one, to be set.
+  Keypath();
   ~Keypath();
   Keypath(const Keypath&) = delete;
   Keypath& operator=(const Keypath&) = delete;
+
+  /// Makes it the path of another data node, which costs less than a new one.
+  void Set(const Schema& schema, const lyd_node* node);
 
   confd_hkeypath_t* get() { return path_.get(); }
 

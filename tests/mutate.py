@@ -168,9 +168,10 @@ def statements(code):
                 if depth < 0:
                     break
             elif code[i] == ";" and depth == 0:
-                # Not what goes on from the line before.
+                # Not what goes on from the line before, and not what a class has not.
                 before = code[:match.start()].rstrip()
-                if before and before[-1] in ";{}:":
+                if before and before[-1] in ";{}:" and not re.search(
+                        r"= (?:delete|default);$", code[start:i + 1]):
                     yield start, i + 1
                 break
             elif code[i] == "{" and depth == 0:

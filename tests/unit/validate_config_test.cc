@@ -259,9 +259,11 @@ TEST_P(Dispatch, ByTheBeginningOfTheOpaqueString) {
   EXPECT_EQ(Validate(GetParam().opaque), GetParam().result);
   if (GetParam().error == nullptr) {
     EXPECT_EQ(fake_.error, std::nullopt);
-    EXPECT_THAT(fake_.TakeCalls(), IsEmpty());
   } else {
     EXPECT_EQ(fake_.error, GetParam().error);
+  }
+  if (GetParam().result != 0 && GetParam().error == nullptr) {
+    EXPECT_THAT(fake_.TakeCalls(), IsEmpty());  // no row was reached
   }
   // An unknown name, too, leaves the Config bound.
   ExpectBound(7, &tctx_);

@@ -206,7 +206,7 @@ class DayOfWork : public testing::Test {
     EXPECT_EQ(result.status, accepted ? 0 : 1);
     const json report = json::parse(result.out, nullptr, false);
     ASSERT_TRUE(report.is_object()) << result.out;
-    EXPECT_EQ(report["verdict"], accepted ? "accepted" : "rejected");
+    EXPECT_EQ(report["verdict"], json(accepted ? "accepted" : "rejected"));
     EXPECT_EQ(report["point"], accepted ? json() : json(step.point));
     EXPECT_EQ(report["message"], accepted ? json() : json(step.message));
   }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "confd_maapi.h"
 #include "dotted_quad.h"
@@ -22,10 +23,10 @@ namespace {
 // The VRF of an interface or route that names none.
 constexpr char kGlobalVrf[] = "global";
 
-const std::string kVrfConfigPath = "/velmor-internal:internal/velmor-internal:vrf-config";
-const std::string kL3Path = "/config/interface/ipapp:l3";
-const std::string kLoPath = "/config/interface/ipapp:loopback";
-const std::string kMgmtPath = "/config/interface/ipapp:mgmt";
+constexpr char kVrfConfigPath[] = "/velmor-internal:internal/velmor-internal:vrf-config";
+constexpr char kL3Path[] = "/config/interface/ipapp:l3";
+constexpr char kLoPath[] = "/config/interface/ipapp:loopback";
+constexpr char kMgmtPath[] = "/config/interface/ipapp:mgmt";
 
 // Keys of the OSPF interface list.
 constexpr size_t kOspfCompoundId = 0;
@@ -48,6 +49,23 @@ std::array<uint8_t, N> BinaryBytes(const confd_value_t& v) {
   return bytes;
 }
 
+// Where maapi_get_elem puts a value, which is released on every way out, also when nothing was put.
+class OwnedValue {
+ public:
+  OwnedValue() { CONFD_SET_NOEXISTS(&value_); }
+  ~OwnedValue() { confd_free_value(&value_); }
+  OwnedValue(const OwnedValue&) = delete;
+  OwnedValue& operator=(const OwnedValue&) = delete;
+
+  confd_value_t* get() { return &value_; }
+
+  // Up to the first zero byte. REQUIRES: a C_BUF was put.
+  const char* text() const { return CONFD_GET_CBUFPTR(&value_); }
+
+ private:
+  confd_value_t value_;
+};
+
 std::string KeyText(const confd_value_t& key) {
   char text[kKeyTextSize];
   confd_pp_value(text, sizeof(text), &key);
@@ -63,8 +81,8 @@ void ReportUnspecified(const char* format, const std::string& place, const char*
 }
 
 // Path of a leaf of one list entry. Deliberate: the key goes in as it is, without quoting.
-std::string EntryPath(const std::string& list_path, const std::string& key, const char* suffix) {
-  return list_path + "{" + key + suffix;
+std::string EntryPath(std::string_view list_path, const std::string& key, const char* suffix) {
+  return std::string(list_path) + "{" + key + suffix;
 }
 
 uint32_t BindingHash(const OspfIf& record) {
@@ -149,32 +167,27 @@ limid_t GenericConfig::get_intf_lim_id(const std::string& path) const {
 
 std::string GenericConfig::get_vrf_name(const std::string& path) const {
   if (!Exists(path)) return kGlobalVrf;
-  std::string name;
-  confd_value_t l3_vrf_name;
-  CONFD_SET_NOEXISTS(&l3_vrf_name);
-  if (maapi_get_elem(sock_, trans_->thandle, &l3_vrf_name, "%s", path.c_str()) == CONFD_OK) {
-    IPAV_REQUIRE_TYPE(l3_vrf_name, C_BUF, "(&l3_vrf_name)->type == C_BUF", "src/lib/config", 214);
-    name = CONFD_GET_CBUFPTR(&l3_vrf_name);
+  OwnedValue l3_vrf_name;
+  if (maapi_get_elem(sock_, trans_->thandle, l3_vrf_name.get(), "%s", path.c_str()) != CONFD_OK) {
+    return "";
   }
-  confd_free_value(&l3_vrf_name);
-  return name;
+  IPAV_REQUIRE_TYPE(*l3_vrf_name.get(), C_BUF, "(&l3_vrf_name)->type == C_BUF", "src/lib/config",
+                    214);
+  return l3_vrf_name.text();
 }
 
 std::string GenericConfig::get_vrf_name_from_id(const confd_value_t& id) const {
-  std::string name = kGlobalVrf;
-  if (id.type != C_UINT32) return name;
-  const std::string path = kVrfConfigPath + "/indexTOstring{" +
+  if (id.type != C_UINT32) return kGlobalVrf;
+  const std::string path = std::string(kVrfConfigPath) + "/indexTOstring{" +
                            std::to_string(IdVrfFromComponent(CONFD_GET_UINT32(&id))) + "}/vname";
   // The path is itself the format; it holds no "%".
-  if (maapi_exists(sock_, trans_->thandle, path.c_str()) != 1) return name;
-  confd_value_t vrf;
-  CONFD_SET_NOEXISTS(&vrf);
-  if (maapi_get_elem(sock_, trans_->thandle, &vrf, path.c_str()) != CONFD_ERR) {
-    IPAV_REQUIRE_TYPE(vrf, C_BUF, "(&vrf)->type == C_BUF", "src/lib/config", 236);
-    name = CONFD_GET_CBUFPTR(&vrf);
+  if (maapi_exists(sock_, trans_->thandle, path.c_str()) != 1) return kGlobalVrf;
+  OwnedValue vrf;
+  if (maapi_get_elem(sock_, trans_->thandle, vrf.get(), path.c_str()) == CONFD_ERR) {
+    return kGlobalVrf;
   }
-  confd_free_value(&vrf);
-  return name;
+  IPAV_REQUIRE_TYPE(*vrf.get(), C_BUF, "(&vrf)->type == C_BUF", "src/lib/config", 236);
+  return vrf.text();
 }
 
 std::string GenericConfig::get_hex_from_bin(const confd_value_t& v) const {

@@ -19,13 +19,6 @@
 #include "validation_points.h"
 #include "ztconfd.h"
 
-using ip_application::config_valid::Config;
-using ip_application::config_valid::ConfigAddrFamily;
-using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::validation_point_table;
-using ip_application::config_valid::ValidationPoint;
-using ip_application::config_valid::Verdict;
-
 namespace ip_application::config_valid {
 
 const std::array<ValidationPoint, 11> validation_point_table = {{
@@ -51,6 +44,9 @@ constexpr uint32_t kMaxStaticRouteUnits = 1000;
 constexpr uint32_t kIpv6RouteUnits = 2;  // an IPv6 route takes the room of two IPv4 routes
 constexpr char kL3NameCharacters[] =
     "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ-_";
+
+// Under this name the daemon files the Config that lib_init makes.
+constexpr char kContextName[] = "ip_app_validation";
 
 constexpr char kInvalidInterface[] = "invalid interface being handled by IP-App validation";
 constexpr size_t kFewAddresses = 20;  // up to here comparing all pairs is quicker than sorting
@@ -160,6 +156,15 @@ const nettypes::IPv4AddrMask* FirstMissing(const std::list<nettypes::IPv4AddrMas
                                            const std::list<nettypes::IPv4AddrMask>& present) {
   for (const nettypes::IPv4AddrMask& mask : wanted) {
     if (std::find(present.begin(), present.end(), mask) == present.end()) return &mask;
+  }
+  return nullptr;
+}
+
+// The first row with whose name `opaque` begins, or null. Deliberate: characters after the name are
+// allowed, so that the data model can tell its statements apart.
+const ValidationPoint* FindValidationPoint(std::string_view opaque) {
+  for (const ValidationPoint& point : validation_point_table) {
+    if (opaque.starts_with(point.name)) return &point;
   }
   return nullptr;
 }
@@ -496,21 +501,13 @@ int Verdict(confd_trans_ctx* tctx, const ValidateConfig& checker, int result) {
 
 }  // namespace ip_application::config_valid
 
-namespace {
-
-// Under this name the daemon files the Config that lib_init makes.
-constexpr char kContextName[] = "ip_app_validation";
-
-// The first row with whose name `opaque` begins, or null. Deliberate: characters after the name are
-// allowed, so that the data model can tell its statements apart.
-const ValidationPoint* FindValidationPoint(std::string_view opaque) {
-  for (const ValidationPoint& point : validation_point_table) {
-    if (opaque.starts_with(point.name)) return &point;
-  }
-  return nullptr;
-}
-
-}  // namespace
+using ip_application::config_valid::Config;
+using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::FindValidationPoint;
+using ip_application::config_valid::kContextName;
+using ip_application::config_valid::ValidateConfig;
+using ip_application::config_valid::ValidationPoint;
+using ip_application::config_valid::Verdict;
 
 int lib_init(void** out) {
   *out = new Config();

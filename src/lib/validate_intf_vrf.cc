@@ -22,14 +22,11 @@ using ip_application::config_valid::ListWalk;
 using ip_application::config_valid::ValidateConfig;
 using ip_application::config_valid::Verdict;
 
+// Of the walkers, which stand outside the plug-in's namespace.
 namespace {
 
 constexpr size_t kExpressionSize = 1024;  // bytes, with the zero behind the text
 constexpr size_t kKeyTextSize = 8192;     // likewise
-
-// The lists by which the point is called, as the elements of a keypath show them.
-constexpr int kInterfaceListLength = 3;    // /config/interface/<list>
-constexpr int kOspfAssociationLength = 6;  // /internal/<list>{<keys>}/<three containers>
 
 // A maapi_iterate_fn. ConfD keeps no objects, so the walker comes as the state.
 confd_iter_ret JudgeChange(confd_hkeypath_t* keypath, confd_iter_op op, confd_value_t* oldval,
@@ -157,6 +154,10 @@ confd_iter_ret ValidateIntfVrfOspfv3::IterValidate(confd_hkeypath_t* keypath, co
 // one. The outcome is checked first, then the changes below the list that called.
 int validate_intf_vrf(int maapi_sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
                       confd_value_t* /*newval*/, Config& cfg) {
+  // The lists by which the point is called, as the elements of a keypath show them.
+  constexpr int kInterfaceListLength = 3;    // /config/interface/<list>
+  constexpr int kOspfAssociationLength = 6;  // /internal/<list>{<keys>}/<three containers>
+
   const InterfaceType type = Config::intf_type_from_confd_path(keypath);
   cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
   cfg.lo_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);

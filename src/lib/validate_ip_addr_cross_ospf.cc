@@ -17,14 +17,6 @@
 #include "ztconfd.h"
 #include "ztmw.h"
 
-using ip_application::config_valid::Config;
-using ip_application::config_valid::ConfigAddrFamily;
-using ip_application::config_valid::InterfaceType;
-using ip_application::config_valid::ListWalk;
-using ip_application::config_valid::ParseIpv4Addr;
-using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::Verdict;
-
 namespace ip_application::config_valid {
 
 ValidateLogger::ValidateLogger() : handle_(get_config_vald_log_handle()) {}
@@ -42,8 +34,6 @@ void ValidateLogger::Log(const char* fmt, ...) {
   ztmw_vlog_debug(handle, fmt, args);
   va_end(args);
 }
-
-}  // namespace ip_application::config_valid
 
 namespace {
 
@@ -82,32 +72,8 @@ int ValidateAddr(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, Config& cfg,
   return Verdict(tctx, checker, (checker.*check)(cfg, type));
 }
 
-}  // namespace
-
-int validate_ipv4_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
-                       confd_value_t* /*newval*/, Config& cfg) {
-  return ValidateAddr(tctx, keypath, cfg, ConfigAddrFamily::IPv4,
-                      &ValidateConfig::ValidateInterfaceIPv4);
-}
-
-int validate_ipv6_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
-                       confd_value_t* /*newval*/, Config& cfg) {
-  return ValidateAddr(tctx, keypath, cfg, ConfigAddrFamily::IPv6,
-                      &ValidateConfig::ValidateInterfaceIPv6);
-}
-
-int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* tctx,
-                                  confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                                  Config& cfg) {
-  cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
-  cfg.lo_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
-  cfg.ospfv2_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
-  ValidateConfig checker;
-  return Verdict(tctx, checker, checker.ValidateOspfv2(cfg));
-}
-
 // The static routes of one family, against each other and against the addresses of that family.
-static int validate_addr_route(confd_trans_ctx* tctx, ConfigAddrFamily family, Config& cfg) {
+int validate_addr_route(confd_trans_ctx* tctx, ConfigAddrFamily family, Config& cfg) {
   cfg.l3_config_.ReadConfigIfNeeded(family);
   cfg.mgmt_config_.ReadConfigIfNeeded(family);
   cfg.lo_config_.ReadConfigIfNeeded(family);
@@ -116,20 +82,11 @@ static int validate_addr_route(confd_trans_ctx* tctx, ConfigAddrFamily family, C
   return Verdict(tctx, checker, checker.ValidateStaticRoute(cfg));
 }
 
-int validate_ipv4_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
-                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                             Config& cfg) {
-  return validate_addr_route(tctx, ConfigAddrFamily::IPv4, cfg);
-}
-
-int validate_ipv6_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
-                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
-                             Config& cfg) {
-  return validate_addr_route(tctx, ConfigAddrFamily::IPv6, cfg);
-}
+}  // namespace
 
 // An L3 interface that OSPFv3 uses keeps its VLAN: OSPFv3 knows the interface by an index that
-// follows from the VLAN. Deliberate: taking the VLAN away is a change like any other.
+// follows from the VLAN. Deliberate: taking the VLAN away is a change like any other. Not in
+// the unnamed namespace, which would show in the messages of the type tests.
 static int validate_lower_layer_cross_ospfv3(int maapi_sock, confd_trans_ctx* tctx,
                                              confd_hkeypath_t* keypath, confd_value_t* /*newval*/,
                                              Config& /*cfg*/) {
@@ -181,6 +138,50 @@ static int validate_lower_layer_cross_ospfv3(int maapi_sock, confd_trans_ctx* tc
     return -1;
   }
   return 0;
+}
+
+}  // namespace ip_application::config_valid
+
+using ip_application::config_valid::Config;
+using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::validate_addr_route;
+using ip_application::config_valid::validate_lower_layer_cross_ospfv3;
+using ip_application::config_valid::ValidateAddr;
+using ip_application::config_valid::ValidateConfig;
+using ip_application::config_valid::Verdict;
+
+int validate_ipv4_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
+                       confd_value_t* /*newval*/, Config& cfg) {
+  return ValidateAddr(tctx, keypath, cfg, ConfigAddrFamily::IPv4,
+                      &ValidateConfig::ValidateInterfaceIPv4);
+}
+
+int validate_ipv6_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
+                       confd_value_t* /*newval*/, Config& cfg) {
+  return ValidateAddr(tctx, keypath, cfg, ConfigAddrFamily::IPv6,
+                      &ValidateConfig::ValidateInterfaceIPv6);
+}
+
+int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* tctx,
+                                  confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                                  Config& cfg) {
+  cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  cfg.lo_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  cfg.ospfv2_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
+  ValidateConfig checker;
+  return Verdict(tctx, checker, checker.ValidateOspfv2(cfg));
+}
+
+int validate_ipv4_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
+                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                             Config& cfg) {
+  return validate_addr_route(tctx, ConfigAddrFamily::IPv4, cfg);
+}
+
+int validate_ipv6_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,
+                             confd_hkeypath_t* /*keypath*/, confd_value_t* /*newval*/,
+                             Config& cfg) {
+  return validate_addr_route(tctx, ConfigAddrFamily::IPv6, cfg);
 }
 
 int validate_lower_layer_cross_prot(int maapi_sock, confd_trans_ctx* tctx,

@@ -10,12 +10,7 @@
 #include "validation_points.h"
 #include "velmor-ip-app.h"
 
-using ip_application::config_valid::Config;
-using ip_application::config_valid::ConfigAddrFamily;
-using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::ValidateLogger;
-using ip_application::config_valid::Verdict;
-
+namespace ip_application::config_valid {
 namespace {
 
 // RFC 4861, section 6.2.1: MinRtrAdvInterval is at most three quarters of MaxRtrAdvInterval.
@@ -62,6 +57,17 @@ bool NeitherExists(int maapi_sock, const confd_trans_ctx* tctx, const std::strin
 }
 
 }  // namespace
+}  // namespace ip_application::config_valid
+
+using ip_application::config_valid::Config;
+using ip_application::config_valid::ConfigAddrFamily;
+using ip_application::config_valid::FindRaContainer;
+using ip_application::config_valid::kMinIntervalShare;
+using ip_application::config_valid::NeitherExists;
+using ip_application::config_valid::RaContainer;
+using ip_application::config_valid::ReadSeconds;
+using ip_application::config_valid::ValidateConfig;
+using ip_application::config_valid::Verdict;
 
 // The minimum interval may be at most 0.75 times the maximum interval. The product is not rounded.
 int validate_ipv6_nd_ra_interval(int maapi_sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,

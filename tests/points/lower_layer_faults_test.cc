@@ -61,7 +61,7 @@ namespace {
 
 constexpr char kPoint[] = "lower_layer_prot_cross_validation";
 constexpr char kPath[] = "/config/interface/l3{7}/lower-layer-if";
-constexpr char kFunction[] = "int validate_lower_layer_cross_ospfv3";
+constexpr char kFunction[] = "int ip_application::config_valid::validate_lower_layer_cross_ospfv3";
 constexpr char kRefused[] =
     "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)";
 

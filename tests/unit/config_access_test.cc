@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <list>
+#include <map>
 #include <new>
 #include <optional>
 #include <ostream>
@@ -16,6 +17,21 @@
 #include "support/json_text.h"
 #include "support/maapi_answers.h"
 #include "support/table_fixture.h"
+#include "vrfid/vrfid.h"
+
+namespace {
+
+// What the VRF identifier library was asked for, and by how much a VRF differs from its component.
+std::vector<uint32_t> components;
+uint32_t vrf_offset = 0;
+
+}  // namespace
+
+// Wins over that of the library.
+uint32_t IdVrfFromComponent(uint32_t component) {
+  components.push_back(component);
+  return component + vrf_offset;
+}
 
 namespace ip_application::config_valid {
 namespace {
@@ -52,13 +68,16 @@ class DataAccess : public tests::TableTest {
  protected:
   // Interface 7 has everything; interface 8 and VRF index 6 have nothing.
   DataAccess() {
-    Configure(Device{
-        .l3 =
-            R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100},
+    Configure(
+        Device{.l3 =
+                   R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100},
                 "ipv4":{"address":{"ip":"192.0.2.1/24"}},
                 "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}},{"name":"8"})",
-        .vrfs = R"({"index":5,"vname":"blue"},{"index":6},{"index":4294967295,"vname":"last"})"});
+               .vrfs = R"({"index":5,"vname":"blue"},{"index":6},{"index":1005,"vname":"violet"},)"
+                       R"({"index":4294967295,"vname":"last"})"});
     Bind(reader);
+    components.clear();
+    vrf_offset = 0;
   }
 
   Reader reader;
@@ -436,6 +455,7 @@ const LimIdCase kLimIdCases[] = {
     {"VlanZero", kVlan, "", {.read = 0, .value = Int32(0)}, 1000000, {kExists}},
     {"LargestVlan", kVlan, "", {.read = 0, .value = Int32(4094)}, 1004094, {kExists}},
     {"NegativeVlan", kVlan, "", {.read = 0, .value = Int32(-1)}, 999999, {kExists}},
+    {"VlanWithZeroIdentifier", kVlan, "", {.read = 0, .value = Int32(-0x10000000)}, 0, {kExists}},
 };
 
 class LimIdAtPath : public DataAccess, public testing::WithParamInterface<LimIdCase> {};
@@ -452,6 +472,10 @@ TEST_P(LimIdAtPath, IsOfTheVlan) {
 
 INSTANTIATE_TEST_SUITE_P(Reads, LimIdAtPath, testing::ValuesIn(kLimIdCases),
                          [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(DataAccess, LimIdIsTheOneOfTheLibrary) {
+  EXPECT_EQ(reader.get_intf_lim_id(kVlan), limid_l3_vlan_from_components(100));
+}
 
 using DataAccessDeathTest = DataAccess;
 
@@ -554,6 +578,12 @@ const TextCase kVrfOfIndexCases[] = {
      {.read = -2, .value = Bytes(C_BUF, kGreen)},
      "green",
      {kExists, kFree}},
+    {"EndsAtZeroByte",
+     kIndex5,
+     "",
+     {.read = 0, .value = Bytes(C_BUF, kTextWithZero)},
+     "gr",
+     {kExists, kFree}},
     {"EmptyText",
      kIndex5,
      "",
@@ -587,18 +617,31 @@ TEST_F(DataAccess, VrfIndexIsUnsignedDecimal) {
   EXPECT_EQ(reader.get_vrf_name_from_id(Uint32(4294967295)), "last");
 }
 
+TEST_F(DataAccess, VrfOfIndexIsTheVrfOfThatComponent) {
+  vrf_offset = 1000;
+  EXPECT_EQ(reader.get_vrf_name_from_id(Uint32(5)), "violet");
+  EXPECT_THAT(components, ElementsAre(5u));
+  const std::string name =
+      "/velmor-internal:internal/velmor-internal:vrf-config/indexTOstring{1005}/vname";
+  EXPECT_EQ(TakeCalls(), ExpectedCalls().Text(name));
+}
+
 TEST_F(DataAccess, VrfOfIndexOfOtherTypeMakesNoCall) {
   const std::string text = "5";
   for (const confd_value_t& id : {NoValue(), Int32(5), Bytes(C_BUF, text)}) {
     EXPECT_EQ(reader.get_vrf_name_from_id(id), "global") << id.type;
   }
   EXPECT_THAT(TakeCalls(), IsEmpty());
+  EXPECT_THAT(components, IsEmpty());
 }
 
 TEST_F(DataAccessDeathTest, VrfOfIndexOfOtherTypeOfNameEndsTheProcess) {
   const auto failure =
       AssertionIn("src/lib/config:236", "get_vrf_name_from_id", "(&vrf)->type == C_BUF");
   answers.by_path[kIndex5] = {.read = 0, .value = Int32(5)};
+  EXPECT_DEATH(reader.get_vrf_name_from_id(Uint32(5)), failure);
+  // Only -1 is a failure: after -2 nothing is there that would be a text.
+  answers.by_path[kIndex5] = {.read = CONFD_EOF};
   EXPECT_DEATH(reader.get_vrf_name_from_id(Uint32(5)), failure);
 }
 
@@ -715,6 +758,14 @@ TEST_F(KeyList, GivesAsManyKeysAsAsked) {
   EXPECT_EQ(TakeCalls(), walk);
 }
 
+// An entry has no key there; what is printed is the value without a type.
+TEST_F(KeyList, BehindTheLastKeyGivesEmptyTexts) {
+  Configure(Device{.ospf = kOspfEntries});
+  EXPECT_THAT(reader.get_key_list(kOspf, 5),
+              ElementsAre(ElementsAre("1", "0.0.0.0", "l3-7", "192.0.2.1", ""),
+                          ElementsAre("2", "0.0.0.9", "loopback-0", "192.0.2.2", "")));
+}
+
 struct WalkFault {
   const char* name;
   size_t failing;  // position of the call
@@ -824,6 +875,36 @@ TEST_F(AddressList, OfNoEntryMakesNoReadOfAnAddress) {
   EXPECT_THAT(reader.get_intf_ipv6_addr_mask_list(kAddresses6), IsEmpty());
   EXPECT_EQ(TakeCalls(), ExpectedCalls().Walk(kAddresses6, 0));
   EXPECT_THAT(framework::TakeFaults(), IsEmpty());
+}
+
+// Only the answer 1 means that the list exists.
+TEST_F(AddressList, OfOtherAnswersIsNotWalked) {
+  for (const int exists : {2, 0, -1}) {
+    answers.by_path[kSecondaries] = {.exists = exists};
+    answers.by_path[kAddresses6] = {.exists = exists};
+    answers.formats.clear();
+    EXPECT_THAT(reader.get_key_list(kSecondaries), IsEmpty()) << exists;
+    EXPECT_THAT(reader.get_key_list(kSecondaries, 1), IsEmpty()) << exists;
+    EXPECT_THAT(reader.get_intf_ipv4_addr_mask_list(kSecondaries), IsEmpty()) << exists;
+    EXPECT_THAT(reader.get_intf_ipv6_addr_mask_list(kAddresses6), IsEmpty()) << exists;
+    EXPECT_EQ(answers.formats, Calls(4, "maapi_exists %s")) << exists;
+    EXPECT_THAT(TakeCalls(), IsEmpty()) << exists;
+  }
+  EXPECT_THAT(framework::TakeFaults(), IsEmpty());
+}
+
+// Before the next entry is read.
+TEST_F(AddressList, ReportsAtOnce) {
+  std::map<std::string, size_t> faults_at;
+  on_call = [&faults_at](const std::string& call) {
+    faults_at[call] = framework::TakeFaults().size();
+  };
+  answers.by_path[Secondary("10.0.2.1/24")] = {.exists = 0};
+  reader.get_intf_ipv4_addr_mask_list(kSecondaries);
+  EXPECT_EQ(faults_at["maapi_exists " + Secondary("10.0.0.1/24")], 1u);
+  answers.by_path[Address6("2001:db8:2::1/64")] = {.exists = 0};
+  reader.get_intf_ipv6_addr_mask_list(kAddresses6);
+  EXPECT_EQ(faults_at["maapi_exists " + Address6("2001:db8:1::1/64")], 1u);
 }
 
 // The key of an entry is the address itself, so it is never missing in the store.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <list>
 #include <memory>
 #include <ostream>
@@ -46,6 +47,11 @@ std::vector<std::string> Lines(const InterfaceConfig& table) {
   std::vector<std::string> lines;
   for (const Interface& intf : table.interfaces_) lines.push_back(Line(intf));
   return lines;
+}
+
+// Whether two identifiers are the same byte for byte.
+bool SameBytes(const limid_t& a, const limid_t& b) {
+  return std::memcmp(&a, &b, sizeof(limid_t)) == 0;
 }
 
 class InterfaceTable : public tests::TableTest {
@@ -703,6 +709,32 @@ TEST_F(InterfaceTable, ValuesOfTheFirstReadStay) {
   EXPECT_THAT(Lines(l3),
               ElementsAre("[l3 7] 4: 192.0.2.1/24 6: 2001:db8::1/64 vrf:red lower:1000100",
                           "[l3 6] 4: 6: vrf:green lower:-"));
+}
+
+TEST_F(InterfaceTable, IdentifierOfTheLowerLayerIsKeptByteForByte) {
+  const limid_t lim_id = limid_l3_vlan_from_components(100);
+  Configure(WithL3(kL3Seven));
+  l3.ReadConfig(kIpv4);
+  ASSERT_EQ(l3.interfaces_.size(), 1u);
+  EXPECT_TRUE(SameBytes(l3.interfaces_[0].lim_id, lim_id));
+  Configure(WithL3(R"({"name":"7","lower-layer-if":{"vlan":200},
+                       "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}})"));
+  l3.ReadConfig(kIpv6);
+  ASSERT_EQ(l3.interfaces_.size(), 1u);
+  EXPECT_TRUE(SameBytes(l3.interfaces_[0].lim_id, lim_id));
+  const Interface copy = l3.interfaces_[0];
+  EXPECT_TRUE(SameBytes(copy.lim_id, lim_id));
+}
+
+// Before the rest of the interface is read.
+TEST_F(InterfaceTable, ManagementWithoutIpv4AddressIsReportedAtOnce) {
+  Configure(Device{.mgmt = R"({"name":"0"})"});
+  std::vector<framework::Fault> faults_at_vrf;
+  on_call = [&faults_at_vrf](const std::string& call) {
+    if (call == "maapi_exists " + kMgmt + "{0}/vrf") faults_at_vrf = framework::TakeFaults();
+  };
+  mgmt.ReadConfig(kIpv4);
+  EXPECT_THAT(faults_at_vrf, ElementsAre(kMgmtFault));
 }
 
 TEST_F(InterfaceTable, AbsentListLeavesTheTableAsItIs) {

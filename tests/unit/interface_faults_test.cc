@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iostream>
 #include <list>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -289,12 +290,7 @@ class InterfaceFaults : public tests::TableTest, public testing::WithParamInterf
   // One full read in a transaction of its own; when it is closed, nothing may be left.
   void ExpectReadAsModelled(size_t failing) {
     const TableCase& c = GetParam();
-    Device device;
-    (c.type == InterfaceType::L3   ? device.l3
-     : c.type == InterfaceType::Lo ? device.loopback
-                                   : device.mgmt) = Json(c.type, c.interfaces);
-    Configure(device);
-    TakeCalls();
+    ConfigureInterfaces();
     if (failing != kNone) FailCall(failing);
     Config config;
     InterfaceConfig& table = *config.intf_by_type(c.type);
@@ -310,7 +306,49 @@ class InterfaceFaults : public tests::TableTest, public testing::WithParamInterf
     EXPECT_EQ(framework::TakeFaults(), model.faults);
   }
 
+  // One full read in a transaction of its own, in which that call throws, and another one.
+  void ExpectToBeReadAgainAfterAnException(size_t throwing) {
+    const TableCase& c = GetParam();
+    ConfigureInterfaces();
+    size_t calls = 0;
+    on_call = [&calls, throwing](const std::string& /*call*/) {
+      if (calls++ == throwing) throw std::bad_alloc();
+    };
+    Config config;
+    InterfaceConfig& table = *config.intf_by_type(c.type);
+    Bind(table);
+    Model model(c.type, c.interfaces, kNone);
+    int thrown = 0;
+    for (const ConfigAddrFamily family : c.families) {
+      const bool& read = family == kIpv4 ? table.ipv4_read_ : table.ipv6_read_;
+      try {
+        table.ReadConfigIfNeeded(family);
+      } catch (const std::bad_alloc&) {
+        ++thrown;
+        EXPECT_FALSE(read);
+        table.ReadConfigIfNeeded(family);
+      }
+      EXPECT_TRUE(read);
+      model.Read(family);
+    }
+    on_call = nullptr;
+    EXPECT_EQ(thrown, 1);
+    EXPECT_EQ(RowsOf(table), model.rows);  // each name once
+    framework::TakeFaults();
+  }
+
   std::vector<std::string> calls_made;
+
+ private:
+  void ConfigureInterfaces() {
+    const TableCase& c = GetParam();
+    Device device;
+    (c.type == InterfaceType::L3   ? device.l3
+     : c.type == InterfaceType::Lo ? device.loopback
+                                   : device.mgmt) = Json(c.type, c.interfaces);
+    Configure(device);
+    TakeCalls();
+  }
 };
 
 TEST_P(InterfaceFaults, OfEveryCallGiveTheDefault) {
@@ -327,6 +365,18 @@ TEST_P(InterfaceFaults, OfEveryCallGiveTheDefault) {
   }
   RecordProperty("injected_faults", faults);
   std::cout << GetParam().name << ": " << faults << " faults injected\n";
+}
+
+TEST_P(InterfaceFaults, ThatThrowLeaveTheTableToBeReadAgain) {
+  ExpectReadAsModelled(kNone);
+  const std::vector<std::string> all_calls = calls_made;
+  ASSERT_GT(all_calls.size(), GetParam().interfaces.size());
+  for (size_t throwing = 0; throwing < all_calls.size(); ++throwing) {
+    if (HasNoResult(all_calls[throwing])) continue;
+    SCOPED_TRACE("call " + std::to_string(throwing) + ", " + all_calls[throwing]);
+    ExpectToBeReadAgainAfterAnException(throwing);
+    if (HasFailure()) break;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, InterfaceFaults, testing::ValuesIn(kTableCases),

@@ -1,41 +1,16 @@
-// lib_init in a process without memory. A program of its own, because it replaces operator new.
+// lib_init in a process without memory.
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstdlib>
 #include <new>
 
 #include "ip_app_validation/ip_app_validation.h"
+#include "support/process_memory.h"
 
 namespace {
 
-constexpr int kUnlimited = -1;
-
-int allocations_left = kUnlimited;
-int blocks_held = 0;
-
-}  // namespace
-
-// Not inlined: g++ takes the malloc of one and the free of the other for a mismatch otherwise.
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  if (allocations_left == 0) throw std::bad_alloc();
-  if (allocations_left > 0) --allocations_left;
-  void* const block = malloc(size == 0 ? 1 : size);
-  if (block == nullptr) throw std::bad_alloc();
-  ++blocks_held;
-  return block;
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept {
-  if (block == nullptr) return;
-  --blocks_held;
-  free(block);
-}
-
-void operator delete(void* block, std::size_t /*size*/) noexcept { operator delete(block); }
-
-namespace {
+using tests::allocations_left;
+using tests::blocks_held;
+using tests::kUnlimited;
 
 // What one call of lib_init did when only `allocations` of its allocations succeeded.
 struct Attempt {

@@ -23,6 +23,7 @@ int the_log = 0;
 void* handle_to_give = &the_log;
 int times_asked = 0;
 void* handle_written_to = nullptr;
+const char* format_written = nullptr;
 std::vector<std::string> records;
 
 }  // namespace
@@ -34,8 +35,9 @@ void* get_config_vald_log_handle() {
 
 void ztmw_vlog_debug(void* handle, const char* fmt, va_list args) {
   handle_written_to = handle;
-  char text[256];
-  vsnprintf(text, sizeof(text), fmt, args);
+  format_written = fmt;
+  char text[8192];
+  ASSERT_LT(vsnprintf(text, sizeof(text), fmt, args), static_cast<int>(sizeof(text)));
   records.emplace_back(text);
 }
 
@@ -60,13 +62,19 @@ TEST(ValidateLoggerOn, AsksForTheHandleOnceAndWritesToIt) {
   ValidateLogger::Log("'%s' and %u", "a 100% name", 7u);
   EXPECT_EQ(handle_written_to, &the_log);
 
+  // The daemon gets the format itself, so nothing on the way cuts a record.
+  constexpr char kFormat[] = "<%s>";
+  const std::string long_text(5000, 'x');
+  ValidateLogger::Log(kFormat, long_text.c_str());
+  EXPECT_EQ(format_written, kFormat);
+
   handle_to_give = nullptr;
   ValidateLogger::Log("the log is off by now");
   EXPECT_EQ(handle_written_to, &the_log);
 
   EXPECT_EQ(times_asked, 1);
-  EXPECT_EQ(records,
-            (std::vector<std::string>{"plain", "'a 100% name' and 7", "the log is off by now"}));
+  EXPECT_EQ(records, (std::vector<std::string>{"plain", "'a 100% name' and 7",
+                                               "<" + long_text + ">", "the log is off by now"}));
   EXPECT_EQ(&ValidateLogger::instance(), &ValidateLogger::instance());
 }
 

@@ -93,6 +93,16 @@ const TableCase kTableCases[] = {
      {.mgmt = R"({"name":"0","ipv4":{"address":{"ip":"192.0.2.0/24"}}})"},
      "/config/interface/mgmt",
      "mgmt 0 ipv4 address 192.0.2.0/24 cannot be configured as network address."},
+    {"AddressesOfLoopbacks",
+     {.loopback = R"({"name":"0","ipv4":{"address":[{"ip":"192.0.2.0/24"}]}})"},
+     kLoopbackList,
+     "loopback 0 ipv4 address 192.0.2.0/24 cannot be configured as network address."},
+    {"OverlapWithALoopback",
+     {.l3 = R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24"}}})",
+      .loopback = R"({"name":"0","ipv4":{"address":[{"ip":"192.0.2.2/32"}]}})"},
+     kL3List,
+     "l3 7 vrf global ipv4 address 192.0.2.1/24 overlaps with loopback 0 vrf global ipv4 address "
+     "192.0.2.2/32."},
     // Where the path ends at no list of interfaces, only the VRFs are looked at.
     {"DivergentVrfElsewhere", OverlapAndDivergent(), "/config", kDivergentText},
 };

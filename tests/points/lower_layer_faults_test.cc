@@ -6,15 +6,19 @@
 #include <gtest/gtest.h>
 
 #include <boost/system/system_error.hpp>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "confd_cdb.h"
 #include "confd_maapi.h"
 #include "support/assertion.h"
+#include "support/error_formats.h"
+#include "support/maapi_answers.h"
 #include "support/ospf_json.h"
 #include "support/point_fixture.h"
 
@@ -24,6 +28,8 @@ namespace {
 std::function<void(maapi_cursor&)> on_entry;
 std::function<void()> on_committed_read;
 std::optional<int32_t> committed_vlan;
+std::optional<int> committed_result;
+std::function<void()> on_index_read;
 std::function<bool()> quad_parses;
 
 template <typename Function>
@@ -48,7 +54,18 @@ int cdb_get_int32(int sock, int32_t* rval, const char* fmt, ...) {
   const int result = Original("cdb_get_int32", cdb_get_int32)(sock, rval, "%s", path);
   if (on_committed_read) on_committed_read();
   if (committed_vlan) *rval = *committed_vlan;
-  return result;
+  return committed_result.value_or(result);
+}
+
+int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval, const char* fmt, ...) {
+  va_list args;
+  va_start(args, fmt);
+  char path[200];
+  vsnprintf(path, sizeof(path), fmt, args);
+  va_end(args);
+  if (on_index_read) on_index_read();
+  return Original("maapi_get_u_int32_elem", maapi_get_u_int32_elem)(sock, thandle, rval, "%s",
+                                                                    path);
 }
 
 extern "C" int inet_pton(int family, const char* text, void* addr) noexcept {
@@ -59,27 +76,38 @@ extern "C" int inet_pton(int family, const char* text, void* addr) noexcept {
 namespace tests {
 namespace {
 
+using testing::ElementsAre;
+using testing::IsEmpty;
+
 constexpr char kPoint[] = "lower_layer_prot_cross_validation";
 constexpr char kPath[] = "/config/interface/l3{7}/lower-layer-if";
 constexpr char kFunction[] = "int ip_application::config_valid::validate_lower_layer_cross_ospfv3";
 constexpr char kRefused[] =
     "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)";
 
+constexpr char kVlan100[] = R"({"name":"7","lower-layer-if":{"vlan":100}})";
+constexpr char kVlan200[] = R"({"name":"7","lower-layer-if":{"vlan":200}})";
+
 // From VLAN 100 to 200, with VLAN 100 in use.
 class LowerLayerFaults : public PointTest {
  protected:
   LowerLayerFaults() {
-    const std::string interface = R"({"name":"7","lower-layer-if":{"vlan":)";
-    Configure(
-        Device{.l3 = interface + "100}}"},
-        Device{.l3 = interface + "200}}", .ospfv3 = Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000100)});
+    ConfigureTo(kVlan200, Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000100));
+    error_formats.clear();
   }
   ~LowerLayerFaults() override {
     on_entry = nullptr;
     on_committed_read = nullptr;
     committed_vlan.reset();
+    committed_result.reset();
+    on_index_read = nullptr;
     quad_parses = nullptr;
     confd::WatchCalls(nullptr);
+  }
+
+  // From VLAN 100 of interface 7 to that interface and those OSPFv3 interfaces.
+  void ConfigureTo(const std::string& l3, const std::string& ospfv3) {
+    Configure(Device{.l3 = kVlan100}, Device{.l3 = l3, .ospfv3 = ospfv3});
   }
 
   std::string Validate() { return PointTest::Validate(kPoint, kPath); }
@@ -90,6 +118,32 @@ class LowerLayerFaults : public PointTest {
                             kFunction, text);
   }
 };
+
+TEST_F(LowerLayerFaults, RefusesWithOneTextOfThisFormat) {
+  EXPECT_EQ(Validate(), kRefused);
+  EXPECT_THAT(error_formats,
+              ElementsAre("vlan %d cannot be changed, it is assigned to router ospfv3 %d area %u "
+                          "(%s)"));
+}
+
+// Only the answer 1 means that there is a list.
+TEST_F(LowerLayerFaults, OfOtherAnswersTheListIsNotCounted) {
+  MaapiAnswers answers;
+  for (const int exists : {2, 0, -1}) {
+    answers.by_path["/internal/ospfv3-interface-l3"] = {.exists = exists};
+    EXPECT_EQ(Validate(), "accepted") << exists;
+    EXPECT_THAT(calls(), IsEmpty()) << exists;
+  }
+}
+
+// Whatever the failure, there was no VLAN.
+TEST_F(LowerLayerFaults, UnreadableCommittedVlanIsNone) {
+  for (const int result : {CONFD_ERR, CONFD_EOF, 1}) {
+    committed_result = result;
+    EXPECT_EQ(Validate(), "accepted") << result;
+    EXPECT_EQ(calls().back(), "cdb_end_session") << result;
+  }
+}
 
 TEST_F(LowerLayerFaults, TakesTheCommittedVlanAsItIs) {
   EXPECT_EQ(Validate(), kRefused);
@@ -114,14 +168,57 @@ TEST_F(LowerLayerFaults, UnreadableIndexIsZero) {
             "(0.0.0.1)");
 }
 
+TEST_F(LowerLayerFaults, IndexOfOneEntryDoesNotStayForTheNext) {
+  ConfigureTo(kVlan200, Join({Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000008),
+                              Ospfv3Entry(11, "0.0.0.2", "l3-8")}));
+  committed_vlan = -268435456;
+  EXPECT_EQ(Validate(),
+            "vlan -268435456 cannot be changed, it is assigned to router ospfv3 11 area 2 "
+            "(0.0.0.2)");
+}
+
+// A VLAN that is taken away is no VLAN 0.
+TEST_F(LowerLayerFaults, RemovedVlanIsNotVlanZero) {
+  ConfigureTo(R"({"name":"7"})", Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000000));
+  committed_vlan = 0;
+  EXPECT_EQ(Validate(),
+            "vlan 0 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)");
+}
+
 // Nothing in the plug-in catches it. The fixture sees that the cursor is destroyed.
 TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrows) {
   int parsed = 0;
   quad_parses = [&parsed] { return ++parsed > 0; };
   EXPECT_EQ(Validate(), kRefused);
   ASSERT_GT(parsed, 0);
+  error_formats.clear();
   // The last one is the text of the area; the others belong to paths.
-  quad_parses = [&parsed] { return --parsed > 0; };
+  for (const auto& [error, code] : {std::pair{EDOM, EDOM}, std::pair{0, EINVAL}}) {
+    int left = parsed;
+    quad_parses = [&left, error = error] {
+      if (--left > 0) return true;
+      errno = error;
+      return false;
+    };
+    try {
+      Validate();
+      FAIL() << "nothing was thrown";
+    } catch (const boost::system::system_error& failure) {
+      EXPECT_EQ(failure.code().value(), code);
+      EXPECT_EQ(failure.code().category(), boost::system::system_category());
+    }
+  }
+  EXPECT_THAT(error_formats, IsEmpty());
+}
+
+// The area is parsed before the process is looked at again.
+TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrowsWhateverTheProcess) {
+  maapi_cursor* entry = nullptr;
+  on_entry = [&entry](maapi_cursor& cursor) { entry = &cursor; };
+  on_index_read = [&entry] {
+    entry->keys[0].type = C_INT32;
+    quad_parses = [] { return false; };
+  };
   EXPECT_THROW(Validate(), boost::system::system_error);
 }
 

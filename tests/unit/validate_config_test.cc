@@ -272,6 +272,98 @@ TEST_P(Dispatch, ByTheBeginningOfTheOpaqueString) {
 INSTANTIATE_TEST_SUITE_P(Names, Dispatch, testing::ValuesIn(kDispatchCases),
                          [](const auto& row) { return std::string(row.param.name); });
 
+// With every table as it is, read or filled by hand.
+struct RefusalCase {
+  const char* name;
+  const char* point;
+  uint32_t tag;  // of the deepest element
+  void (*fill)(Config& config);
+  const char* error;
+};
+
+std::ostream& operator<<(std::ostream& out, const RefusalCase& c) { return out << c.name; }
+
+// An interface whose name would be a conversion if it were taken for a format.
+Interface Odd(const char* name) {
+  Interface intf;
+  intf.name = name;
+  intf.vrf_name = "global";
+  return intf;
+}
+
+void AddNetworkAddress(Config& config) {
+  Interface intf = Odd("l3 7%s");
+  intf.ipv4_addr_list.emplace_back(0x0a000000, 24);
+  config.l3_config_.interfaces_ = {intf};
+}
+
+void AddDuplicate(Config& config) {
+  Interface intf = Odd("l3 7%s");
+  intf.ipv6_addr_list.assign(2, nettypes::IPv6AddrMask(nettypes::IPv6Addr(), 64));
+  config.l3_config_.interfaces_ = {intf};
+}
+
+void AddTooManyRoutes(Config& config) { config.static_route_config_->ipv4_route_count_ = 1001; }
+
+void AddOspf(Config& config) {
+  config.l3_config_.interfaces_ = {Odd("l3 7%s")};
+  auto record = std::make_shared<OspfIf>();
+  record->process_id = 10;
+  record->vrf_name = "red%s";
+  record->intf_name = "l3 7%s";
+  record->addresses.emplace_back(0x0a000001, 24);
+  config.ospfv2_config_.table_ = {record};
+}
+
+constexpr char kInvalidInterface[] = "invalid interface being handled by IP-App validation";
+constexpr char kTooManyRoutes[] = "The maximum number of available static routes was exceeded.";
+
+const RefusalCase kRefusals[] = {
+    {"L3Name", "intf_l3_name_validation", ipapp_l3,
+     [](Config& config) { config.l3_config_.interfaces_ = {Odd("l3 7%s")}; },
+     "L3 interface name 7%s contains invalid characters (allowed characters: 0-9, a-z, A-Z, _, -)"},
+    {"VrfPointAddress", "intf_vrf_validation", ipapp_l3, AddNetworkAddress,
+     "l3 7%s ipv4 address 10.0.0.0/24 cannot be configured as network address."},
+    {"VrfPointVrf", "intf_vrf_validation", ipapp_l3, AddOspf,
+     "l3 7%s vrf global and router ospf 10 vrf red%s cannot be associated with divergent VRF"},
+    {"Ipv4OfNoInterface", "ipv4_addr_validation", ipapp_vrf, [](Config&) {}, kInvalidInterface},
+    {"Ipv4Address", "ipv4_addr_validation", ipapp_l3, AddNetworkAddress,
+     "l3 7%s ipv4 address 10.0.0.0/24 cannot be configured as network address."},
+    {"Ipv6OfNoInterface", "ipv6_addr_validation", ipapp_vrf, [](Config&) {}, kInvalidInterface},
+    {"Ipv6Address", "ipv6_addr_validation", ipapp_l3, AddDuplicate,
+     "l3 7%s has duplicated IPv6 address ::"},
+    {"OspfAddress", "ipv4_addr_prot_cross_validation", ipapp_l3, AddOspf,
+     "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red%s area "
+     "0 (0.0.0.0)"},
+    {"Ipv4Routes", "ipv4_addr_route_validation", ipapp_l3, AddTooManyRoutes, kTooManyRoutes},
+    {"Ipv6Routes", "ipv6_addr_route_validation", ipapp_l3, AddTooManyRoutes, kTooManyRoutes},
+    {"RouteOutput", "static_route_l3_intf_validation", ipapp_l3,
+     [](Config& config) {
+       config.l3_config_.interfaces_ = {Odd("l3 7%s")};
+       config.static_route_config_->output_interfaces_ = {"l3 7%s"};
+     },
+     "l3 7%s is being used by a static route. Lower-layer-if cannot be removed from this "
+     "interface"},
+};
+
+class Refusal : public ValidateEntry, public testing::WithParamInterface<RefusalCase> {};
+
+TEST_P(Refusal, SetsItsTextOnceAsAnArgument) {
+  for (GenericConfig* table : tests::AllTables(config())) {
+    table->ipv4_read_ = true;
+    table->ipv6_read_ = true;
+  }
+  GetParam().fill(config());
+  CONFD_SET_XMLTAG(&keypath_.get()->v[0][0], GetParam().tag, 1);
+  EXPECT_EQ(Validate(GetParam().point), -1);
+  EXPECT_EQ(fake_.error, GetParam().error);
+  EXPECT_EQ(fake_.refused, &tctx_);
+  EXPECT_THAT(fake_.TakeCalls(), ElementsAre("confd_trans_seterr(\"%s\")"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Points, Refusal, testing::ValuesIn(kRefusals),
+                         [](const auto& row) { return std::string(row.param.name); });
+
 struct NameBufferCase {
   const char* name;
   int size;

@@ -4,8 +4,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <array>
+#include <bit>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -19,9 +23,11 @@
 #include "confd_maapi.h"
 #include "support/assertion.h"
 #include "support/config_tables.h"
+#include "support/error_formats.h"
 #include "support/keypath_builder.h"
 #include "support/maapi_answers.h"
 #include "support/ospf_json.h"
+#include "support/process_memory.h"
 #include "support/table_fixture.h"
 #include "validation_points.h"
 #include "velmor-internal.h"
@@ -80,9 +86,11 @@ using testing::IsEmpty;
 using tests::AssertionFailure;
 using tests::KeypathBuilder;
 
-// A walker has the four fields of the base: socket, transaction, path, text.
+// A walker has the four fields of the base: socket, transaction, path, text. Its virtual functions
+// are the destructor and one more.
 struct Fields {
   virtual ~Fields() = default;
+  virtual void Judge() {}
   int sock;
   confd_trans_ctx* trans;
   std::string path;
@@ -108,6 +116,7 @@ class Walkers : public testing::Test {
     xpath_result = CONFD_OK;
     xpath_answer.reset();
     on_iterate = nullptr;
+    tests::error_formats.clear();
     free(tctx_.error.str);
   }
 
@@ -160,6 +169,32 @@ class Noting : public ValidateIntfVrf {
   confd_iter_ret answer_ = ITER_RECURSE;
 };
 
+template <typename Object, typename Field>
+ptrdiff_t OffsetIn(const Object& object, const Field& field) {
+  return reinterpret_cast<const char*>(&field) - reinterpret_cast<const char*>(&object);
+}
+
+class Layout : public ValidateIntfVrfOspf {
+ public:
+  using ValidateIntfVrfOspf::ValidateIntfVrfOspf;
+  std::vector<ptrdiff_t> Offsets() const {
+    return {OffsetIn(*this, sock_), OffsetIn(*this, trans_), OffsetIn(*this, path_),
+            OffsetIn(*this, error_)};
+  }
+};
+
+TEST_F(Walkers, HaveTheirFieldsAndVirtualFunctionsInOrder) {
+  const Fields fields{};
+  EXPECT_EQ(
+      Layout(7, &tctx_, "/x").Offsets(),
+      (std::vector<ptrdiff_t>{OffsetIn(fields, fields.sock), OffsetIn(fields, fields.trans),
+                              OffsetIn(fields, fields.path), OffsetIn(fields, fields.error)}));
+  // A pointer to a virtual member function says which one it is, counted from the first.
+  using Slot = std::array<ptrdiff_t, 2>;
+  EXPECT_EQ(std::bit_cast<Slot>(&ValidateIntfVrf::IterValidate),
+            std::bit_cast<Slot>(&Fields::Judge));
+}
+
 TEST_F(Walkers, GetEveryChangeAsItIs) {
   Noting walker(7, &tctx_, "/x");
   confd_hkeypath_t keypath{};
@@ -189,8 +224,10 @@ TEST_F(Walkers, RefuseWhenThereIsAText) {
         iter(nullptr, MOP_CREATED, nullptr, nullptr, state);
         return result;
       };
+      tests::error_formats.clear();
       EXPECT_EQ(walker.RunValidation(), text.empty() ? 0 : -1);
       EXPECT_EQ(ErrorText(), text);
+      EXPECT_EQ(tests::error_formats, std::vector<std::string>(text.empty() ? 0 : 1, "%s"));
       free(tctx_.error.str);
       tctx_.error.str = nullptr;
     }
@@ -252,15 +289,39 @@ INSTANTIATE_TEST_SUITE_P(Answers, XPathAnswer,
                                          AnswerCase{"NoText", CONFD_OK, {}, ITER_RECURSE},
                                          AnswerCase{"Failure", CONFD_ERR, {}, ITER_RECURSE},
                                          AnswerCase{"FailureWithText", CONFD_ERR, "x",
-                                                    ITER_RECURSE}),
+                                                    ITER_RECURSE},
+                                         AnswerCase{"EndWithText", CONFD_EOF, "x", ITER_RECURSE}),
                          [](const auto& row) { return std::string(row.param.name); });
+
+size_t HeapBytes() {
+  const struct mallinfo2 heap = mallinfo2();
+  return heap.uordblks + heap.hblkhd;
+}
+
+// An answer so large that it shows in the size of the heap. Under the address sanitizer the heap
+// has no size, and its report of leaks speaks instead.
+TEST_F(Walkers, FreeTheAnswer) {
+  constexpr size_t kSize = 1 << 20;
+  xpath_answer = std::string(kSize, 'x');
+  KeypathBuilder path;
+  path.Tag(ipapp_vrf).Key("7");
+  for (const int result : {CONFD_OK, CONFD_ERR}) {
+    xpath_result = result;
+    for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_}) {
+      const size_t before = HeapBytes();
+      walker->IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_);
+      EXPECT_LT(HeapBytes(), before + kSize);
+    }
+  }
+}
 
 // Whatever the keypath: other operations are not looked at.
 TEST_F(Walkers, PassEveryOtherOperation) {
   xpath_answer = "l3-7";
   KeypathBuilder path;
   path.Key("no tag").Tag(1);
-  for (const confd_iter_op op : {MOP_CREATED, MOP_DELETED, MOP_MODIFIED, MOP_MOVED_AFTER}) {
+  for (const confd_iter_op op :
+       {MOP_CREATED, MOP_DELETED, MOP_MODIFIED, MOP_MOVED_AFTER, MOP_ATTR_SET}) {
     for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_, &ospf_, &ospfv3_}) {
       EXPECT_EQ(walker->IterValidate(path.get(), op, nullptr, &value_), ITER_RECURSE);
     }
@@ -393,6 +454,17 @@ TEST_F(WalkerReads, OfFirstKeys) {
   EXPECT_THAT(walker_->get_key_list(kL3), IsEmpty());
 }
 
+TEST_F(WalkerReads, OfPathsThatHoldAPercentSign) {
+  const std::string list = "/config/interface/l3{100%%}/ipv4/address/secondary";
+  const std::string primary = "/config/interface/l3{100%%}/ipv4/address/ip";
+  ConfigureAndBind(tests::Device{.l3 = R"({"name":"100%%","ipv4":{"address":{"ip":"192.0.2.1/24",
+                                          "secondary":[{"ip":"10.0.0.1/8"}]}}})"});
+  EXPECT_EQ(walker_->get_ipv4_addr_mask(primary).to_string(), "192.0.2.1/24");
+  EXPECT_THAT(walker_->get_key_list(list), ElementsAre("10.0.0.1/8"));
+  EXPECT_THAT(answers_.formats, ElementsAre("maapi_exists %s", "maapi_get_ipv4_and_plen_elem %s",
+                                            "maapi_exists %s", "maapi_init_cursor %s"));
+}
+
 // Only the answer 1 means that there is a VRF.
 TEST_F(WalkerReads, OfTheVrfOfAnOspfv3Interface) {
   ConfigureAndBind({});
@@ -409,6 +481,68 @@ TEST_F(WalkerReads, OfTheVrfOfAnOspfv3Interface) {
               exists == 1 ? ITER_STOP : ITER_RECURSE);
   }
   EXPECT_THAT(answers_.formats, testing::Each("maapi_exists /config/interface/l3{%s}/vrf"));
+}
+
+// What the point walks ----------------------------------------------------------------------------
+
+using Point = WalkerReads;
+
+struct ShapeCase {
+  const char* name;
+  int length;
+  int element;  // that has the tag; all others have one of no list
+  uint32_t tag;
+};
+
+std::ostream& operator<<(std::ostream& out, const ShapeCase& c) { return out << c.name; }
+
+const ShapeCase kShapesWithoutAWalk[] = {
+    {"L3OneShorter", 2, 0, ipapp_l3},
+    {"L3OneLonger", 4, 0, ipapp_l3},
+    {"LoopbackOneShorter", 2, 0, ipapp_loopback},
+    {"LoopbackOneLonger", 4, 0, ipapp_loopback},
+    {"Ospfv2OneShorter", 5, 4, velmor_internal_ospf_interface_l3},
+    {"Ospfv2OneLonger", 7, 4, velmor_internal_ospf_interface_l3},
+    {"Ospfv3OneShorter", 5, 4, velmor_internal_ospfv3_interface_l3},
+    {"Ospfv3OneLonger", 7, 4, velmor_internal_ospfv3_interface_l3},
+};
+
+class ShapeWithoutAWalk : public Point, public testing::WithParamInterface<ShapeCase> {};
+
+TEST_P(ShapeWithoutAWalk, IsAccepted) {
+  ConfigureAndBind({});
+  iterations.clear();
+  KeypathBuilder path;
+  for (int i = 0; i < GetParam().length; ++i) {
+    path.Tag(i == GetParam().element ? GetParam().tag : 1);
+  }
+  EXPECT_EQ(Validate(path.get()), 0);
+  EXPECT_THAT(iterations, IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, ShapeWithoutAWalk, testing::ValuesIn(kShapesWithoutAWalk),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+const void* walker_at_work = nullptr;
+int walkers_destroyed = 0;
+
+TEST_F(Point, DestroysTheWalker) {
+  ConfigureAndBind({});
+  on_iterate = [](maapi_iterate_fn /*iter*/, void* state) {
+    walker_at_work = state;
+    return CONFD_OK;
+  };
+  for (const uint32_t list : std::vector<uint32_t>{ipapp_l3, ipapp_loopback}) {
+    KeypathBuilder path;
+    path.Tag(list).Tag(1).Tag(2);
+    walkers_destroyed = 0;
+    tests::on_free = [](const void* block) { walkers_destroyed += block == walker_at_work; };
+    EXPECT_EQ(Validate(path.get()), 0);
+    tests::on_free = nullptr;
+    EXPECT_EQ(walkers_destroyed, 1);
+    walker_at_work = nullptr;
+  }
+  on_iterate = nullptr;
 }
 
 using PointDeathTest = WalkerReads;

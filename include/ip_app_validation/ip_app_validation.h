@@ -13,7 +13,8 @@
 //   context reads each table at most once per address family and keeps what it has read, whatever
 //   transaction it is called for later.
 // - It expects exceptions: malformed key text throws std::invalid_argument, std::out_of_range or
-//   boost::system::system_error out of validate, and the transaction then has no error text.
+//   boost::system::system_error out of validate, and memory that runs out std::bad_alloc or
+//   std::length_error. The transaction then has no error text.
 // - It expects the process to end, after an assertion message on standard error, when a keypath or
 //   a value has a type that the data model excludes. This holds in every build type.
 #ifndef IP_APP_VALIDATION_IP_APP_VALIDATION_H_

@@ -80,7 +80,8 @@ class GenericConfig {
   ///
   /// @param id  C_UINT32; any other type gives "global" without a read
   /// @returns  "global" also when the index has no name
-  /// Source: candidate, /velmor-internal:internal/vrf-config/indexTOstring{index}/vname.
+  /// Source: candidate,
+  /// /velmor-internal:internal/velmor-internal:vrf-config/indexTOstring{index}/vname.
   std::string get_vrf_name_from_id(const confd_value_t& id) const;
 
   /// Bytes of a C_BINARY as two lower-case hex digits each, joined by ":" ("0a:ff"); empty for any
@@ -90,7 +91,8 @@ class GenericConfig {
   /// First key of every entry of a list as text of at most 255 bytes, in the list's order.
   std::list<std::string> get_key_list(const std::string& list_path) const;
 
-  /// The first `nkeys` keys of every entry, likewise. REQUIRES: the list has that many.
+  /// The first `nkeys` keys of every entry, likewise. The list may have fewer: how many it has is
+  /// not looked at. REQUIRES: at most MAXKEYLEN.
   std::list<std::vector<std::string>> get_key_list(const std::string& list_path,
                                                    unsigned int nkeys) const;
 
@@ -189,7 +191,8 @@ class Ospfv2Config : public GenericConfig {
   /// no kind of interface, because it has no hyphen, are left out. What was merged before an
   /// exception stays.
   ///
-  /// @throws std::invalid_argument, std::out_of_range  a compound id is no number, or too large
+  /// @throws std::invalid_argument  a compound id is no number
+  /// @throws std::out_of_range  it is 2^64 or more; of a smaller one the low 32 bits count
   /// @throws boost::system::system_error  an area or address is no dotted quad
   /// Source: candidate, /internal/ospf-interface-l3 {compound-id area name address}.
   void ReadConfig(ConfigAddrFamily family) override;

@@ -29,7 +29,9 @@ class StaticRoute {
   /// Next hop, the unspecified address when the route has none.
   virtual const nettypes::IPAddr& next_hop() const = 0;
 
-  /// Output interface in the form of Interface::name; empty when the route names none.
+  /// Output interface, its third character made a blank: for an L3 interface the form of
+  /// Interface::name ("l3 7"), but not for other kinds ("lo pback-0"). Empty when the route names
+  /// none.
   std::string output_intf_name;
   std::string vrf_name;
 };

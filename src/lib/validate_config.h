@@ -45,7 +45,8 @@ class ValidateConfig {
   /// Addresses of L3 and then loopback interfaces stay those that OSPFv2 processes use.
   [[nodiscard]] int ValidateOspfv2(const Config& cfg);
 
-  /// Whether every interface still has the addresses that an OSPFv2 process uses, and no others.
+  /// Whether every interface still has the addresses that an OSPFv2 process uses and, when it has
+  /// more of them than the process, no others.
   [[nodiscard]] bool ValidateOspfv2CrossIfL3(const L3Config& l3, const Ospfv2Config& ospf);
   [[nodiscard]] bool ValidateOspfv2CrossIfLo(const LoConfig& lo, const Ospfv2Config& ospf);
 

@@ -4,8 +4,9 @@
 For 10 000 L3 interfaces, and for as many loopbacks, which have no limit to
 their number: the median wall-clock time of `ipvald check`, and that of a
 program that only loads the data model, parses and validates the same file
-with libyang. The two run in turn. Status 1 when a check takes more than 1.5
-times as long.
+with libyang. The two run in turn, and the ratio is the median of those of two
+neighbours, since a machine is not equally fast all the time. Status 1 when a
+check takes more than 1.5 times as long.
 
 Example: check_beside_libyang.py build/release
 """
@@ -39,7 +40,7 @@ def run(command, status, output):
 
 
 def measure(options, make_option, output):
-    """Medians in ms: ipvald, libyang alone."""
+    """Medians: ms of ipvald, ms of libyang alone, ratio of the two."""
     programs = os.path.join(options.build, "bin")
     yang = os.path.join(os.path.dirname(BENCH), "yang")
     with tempfile.NamedTemporaryFile(suffix=".json") as config:
@@ -48,7 +49,8 @@ def measure(options, make_option, output):
         check = [os.path.join(programs, "ipvald"), "check", config.name]
         alone = [os.path.join(programs, "libyang_alone"), yang, config.name]
         status = 0 if output == "accepted\n" else 1
-        times = [(run(check, status, output), run(alone, 0, "")) for _ in range(options.runs)]
+        pairs = [(run(check, status, output), run(alone, 0, "")) for _ in range(options.runs)]
+    times = [(ours, theirs, ours / theirs) for ours, theirs in pairs]
     return [statistics.median(column) for column in zip(*times)]
 
 
@@ -64,11 +66,11 @@ def main(arguments):
 
     all_kept = True
     for name, make_option, output in TABLES:
-        check, alone = measure(options, make_option, output)
-        kept = check <= RATIO_LIMIT * alone
+        check, alone, ratio = measure(options, make_option, output)
+        kept = ratio <= RATIO_LIMIT
         all_kept = all_kept and kept
         print(f"{options.size} {name}: {check:.1f} ms, libyang alone {alone:.1f} ms, "
-              f"ratio {check / alone:.2f} (at most {RATIO_LIMIT}){'' if kept else '  EXCEEDED'}")
+              f"ratio {ratio:.2f} (at most {RATIO_LIMIT}){'' if kept else '  EXCEEDED'}")
     return 0 if all_kept else 1
 
 

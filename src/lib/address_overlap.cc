@@ -65,41 +65,57 @@ auto RecordOf(const AddrMask& mask, uint32_t owner) {
 constexpr size_t kFewRecords = 24;  // up to here comparing is quicker than dealing out
 constexpr int kMaxPileBits = 11;
 
-// Sorts by first address, in time that grows with the number of records only: deals them out by the
-// leading bits in which they differ, then each pile likewise. `spare` has room for all of them.
 template <typename Number>
-void SortByFirst(Record<Number>* begin, Record<Number>* end, Record<Number>* spare) {
+void SortFew(Record<Number>* begin, Record<Number>* end) {
+  std::sort(begin, end, [](const auto& a, const auto& b) { return a.first < b.first; });
+}
+
+template <typename Number>
+void SortByFirst(Record<Number>* begin, Record<Number>* end, Record<Number>* spare);
+
+// Deals the records out to `piles` by the leading bits in which they differ, and sorts each pile.
+// `begin` is spare room then.
+template <typename Number>
+void DealAndSort(Record<Number>* begin, Record<Number>* end, Record<Number>* piles) {
   const auto count = static_cast<size_t>(end - begin);
-  if (count <= kFewRecords) {
-    std::sort(begin, end, [](const auto& a, const auto& b) { return a.first < b.first; });
-    return;
-  }
   Number differing = 0;
   for (const auto* record = begin; record != end; ++record) {
     differing |= record->first ^ begin->first;
   }
-  if (differing == 0) return;
   const int bits = std::min(static_cast<int>(std::bit_width(count)), kMaxPileBits);
   int shift = 0;
   while (differing >> shift >> bits != 0) ++shift;
-  const size_t piles = size_t{1} << bits;
-  const auto pile_of = [shift, piles](const Record<Number>& record) {
-    return static_cast<size_t>(record.first >> shift) & (piles - 1);
+  const size_t pile_count = size_t{1} << bits;
+  const auto pile_of = [shift, pile_count](const Record<Number>& record) {
+    return static_cast<size_t>(record.first >> shift) & (pile_count - 1);
   };
 
   std::array<size_t, (size_t{1} << kMaxPileBits) + 1> starts;  // where the next one of a pile goes
-  std::fill_n(starts.begin(), piles + 1, 0);
+  std::fill_n(starts.begin(), pile_count + 1, 0);
   for (const auto* record = begin; record != end; ++record) ++starts[pile_of(*record) + 1];
-  std::partial_sum(starts.begin(), starts.begin() + static_cast<ptrdiff_t>(piles), starts.begin());
+  std::partial_sum(starts.begin(), starts.begin() + static_cast<ptrdiff_t>(pile_count),
+                   starts.begin());
   for (const auto* record = begin; record != end; ++record) {
-    spare[starts[pile_of(*record)]++] = *record;
+    piles[starts[pile_of(*record)]++] = *record;
   }
-  std::copy(spare, spare + count, begin);
+  if (differing == 0) return;
   size_t start = 0;
-  for (size_t pile = 0; pile < piles; ++pile) {  // starts[pile] has become the end of the pile
-    if (starts[pile] - start > 1) SortByFirst(begin + start, begin + starts[pile], spare);
+  for (size_t pile = 0; pile < pile_count; ++pile) {  // starts[pile] has become the end of the pile
+    if (starts[pile] - start > 1) SortByFirst(piles + start, piles + starts[pile], begin + start);
     start = starts[pile];
   }
+}
+
+// Sorts by first address, in time that grows with the number of records only. `spare` has room for
+// all of them.
+template <typename Number>
+void SortByFirst(Record<Number>* begin, Record<Number>* end, Record<Number>* spare) {
+  if (static_cast<size_t>(end - begin) <= kFewRecords) {
+    SortFew(begin, end);
+    return;
+  }
+  DealAndSort(begin, end, spare);
+  std::copy(spare, spare + (end - begin), begin);
 }
 
 }  // namespace
@@ -116,8 +132,9 @@ struct AddressOverlap<AddrMask>::Components {
   // Cuts the records of one address space into components, which take their place, and finds the
   // smallest owner in a component with several.
   void Cut(Records& records) {
-    Records spare(records.size());
-    SortByFirst(records.data(), records.data() + records.size(), spare.data());
+    Records sorted(records.size());
+    DealAndSort(records.data(), records.data() + records.size(), sorted.data());
+    records.swap(sorted);
     auto component = records.begin();
     for (auto record = std::next(component); record != records.end(); ++record) {
       if (record->first > component->last()) {
@@ -150,6 +167,8 @@ AddressOverlap<AddrMask>::AddressOverlap(const std::vector<Interface>& interface
     if (space == nullptr || *vrf_name != intf.vrf_name) {
       vrf_name = &intf.vrf_name;
       space = &components->spaces[std::string(AddressSpaceOf(*vrf_name))];
+      // Mostly there is one space, so the first one gets room for all.
+      if (components->spaces.size() == 1) space->reserve(interfaces.size());
     }
     for (const AddrMask& mask : addresses) {
       if (mask.prefix_len() > AddrMask::kMaxPrefixLen) return;

@@ -103,16 +103,23 @@ std::string PointTest::Validate(const std::string& opaque, confd::Keypath& keypa
   confd_value_t value{};
   CONFD_SET_XMLTAG(&value, 0, 0);
 
+  // Also when an exception passes.
+  struct WatchEnd {
+    PointTest* test;
+    ~WatchEnd() {
+      confd::WatchCalls(nullptr);
+      test->disturbed_call_ = -1;
+    }
+  };
   calls_.clear();
+  const WatchEnd end{this};
   confd::WatchCalls([this](const confd::Call& call) {
-    const bool fails = static_cast<int>(calls_.size()) == failing_call_;
+    const bool disturbed = static_cast<int>(calls_.size()) == disturbed_call_;
     calls_.push_back(call.path.empty() ? call.function
                                        : std::string(call.function) + " " + call.path);
-    return fails ? confd::CallAction::kFail : confd::CallAction::kProceed;
+    return disturbed ? request_ : confd::CallAction::kProceed;
   });
   const int result = LoadedModule().validate(context.get(), keypath.get(), &value);
-  confd::WatchCalls(nullptr);
-  failing_call_ = -1;
   if (result == 0) {
     EXPECT_FALSE(context.has_error()) << "accepted, but with the text " << context.error();
     return "accepted";

@@ -82,8 +82,13 @@ class PointTest : public testing::Test {
   /// Calls of the last Validate: function, blank, formatted path ("maapi_exists /config/...").
   const std::vector<std::string>& calls() const { return calls_; }
 
-  /// Makes the call with that position in the next Validate fail, counted from 0; -1 for none.
-  void FailCall(int position) { failing_call_ = position; }
+  /// Asks the call with that position in the next Validate, counted from 0, for something else than
+  /// to proceed. -1 stands for none.
+  void DisturbCall(int position, confd::CallRequest request) {
+    disturbed_call_ = position;
+    request_ = request;
+  }
+  void FailCall(int position) { DisturbCall(position, confd::CallAction::kFail); }
 
   /// What the plug-in reported since the last time.
   std::vector<framework::Fault> TakeFaults() { return framework::TakeFaults(); }
@@ -100,7 +105,8 @@ class PointTest : public testing::Test {
   std::optional<confd::Datastore> datastore_;
   int thandle_ = -1;
   std::vector<std::string> calls_;
-  int failing_call_ = -1;
+  int disturbed_call_ = -1;
+  confd::CallRequest request_ = confd::CallAction::kProceed;
 };
 
 }  // namespace tests

@@ -70,7 +70,7 @@ int cdb_get(int sock, confd_value_t* v, const char* fmt, ...) {
   va_start(args, fmt);
   const confd::SessionCall call("cdb_get", sock, fmt, args);
   va_end(args);
-  return call.place ? confd::ReadValue(*call.place, v) : CONFD_ERR;
+  return call.place ? confd::GiveValue(*call.place, v) : CONFD_ERR;
 }
 
 int cdb_get_int32(int sock, int32_t* rval, const char* fmt, ...) {

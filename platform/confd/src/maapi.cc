@@ -4,6 +4,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "calls.h"
@@ -69,15 +70,21 @@ struct IterateState {
   const Schema* schema;
   maapi_iterate_fn iter;
   void* state;
-  Keypath keypath = {};  // of the change at hand
+  std::optional<size_t> wrong_value;  // of the call that walks, not of those that `iter` makes
+  Keypath keypath = {};               // of the change at hand
 };
 
 // One change as the caller's function receives it. The value belongs to the library.
 confd_iter_ret Report(IterateState& to, const Change& change) {
   Keypath& keypath = to.keypath;
   keypath.Set(*to.schema, change.node());
+  const size_t elements = static_cast<size_t>(keypath.get()->len);
+  if (to.wrong_value > 0u && to.wrong_value <= elements) {
+    ReplaceByOtherType(&keypath.get()->v[*to.wrong_value - 1][0]);
+  }
   if (change.op == MOP_VALUE_SET) {
     confd_value_t value = LeafValue(change.candidate);
+    if (to.wrong_value == 0u) ReplaceByOtherType(&value);
     const confd_iter_ret result = to.iter(keypath.get(), change.op, nullptr, &value, to.state);
     FreeOwned(&value);
     return result;
@@ -94,7 +101,7 @@ int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void*
   const LoadedSnapshot& running = *call.transaction->running;
   const LoadedSnapshot& candidate = *call.transaction->candidate;
   const auto running_place = FindPlace(running, call.path.view());
-  IterateState state{&candidate.schema(), iter, initstate};
+  IterateState state{&candidate.schema(), iter, initstate, WrongValue()};
   VisitChangesBelow(running, *running_place, candidate, *call.place,
                     (flags & ITER_WANT_P_CONTAINER) != 0,
                     [&state](const Change& change) { return Report(state, change); });
@@ -167,7 +174,7 @@ int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt, ...
   va_start(args, fmt);
   const confd::TransactionCall call("maapi_get_elem", sock, thandle, fmt, args);
   va_end(args);
-  return call.place ? confd::ReadValue(*call.place, v) : CONFD_ERR;
+  return call.place ? confd::GiveValue(*call.place, v) : CONFD_ERR;
 }
 
 int maapi_get_str_elem(int sock, int thandle, char* buf, int n, const char* fmt, ...) {
@@ -231,6 +238,8 @@ int maapi_get_next(struct maapi_cursor* mc) {
        key = key->next) {
     mc->keys[mc->n++] = confd::LeafValue(key);
   }
+  const std::optional<size_t> wrong = confd::WrongValue();
+  if (wrong && *wrong < static_cast<size_t>(mc->n)) confd::ReplaceByOtherType(&mc->keys[*wrong]);
   return CONFD_OK;
 }
 

@@ -31,6 +31,12 @@ int ReadValue(const Place& place, confd_value_t* value) {
   return CONFD_OK;
 }
 
+int GiveValue(const Place& place, confd_value_t* value) {
+  if (ReadValue(place, value) != CONFD_OK) return CONFD_ERR;
+  if (WrongValue()) ReplaceByOtherType(value);
+  return CONFD_OK;
+}
+
 int WrongType(const Place& place) {
   return Fail(CONFD_ERR_BADTYPE, SchemaPath(place.schema) + " has another type");
 }

@@ -2,6 +2,7 @@
 #ifndef PLATFORM_CONFD_READ_H_
 #define PLATFORM_CONFD_READ_H_
 
+#include "calls.h"
 #include "path.h"
 #include "value.h"
 
@@ -12,6 +13,9 @@ int ReadInstanceCount(const LoadedSnapshot& configuration, const Place& place);
 
 /// The leaf's value, owned by the caller.
 int ReadValue(const Place& place, confd_value_t* value);
+
+/// The same for the plug-in: of another type when the watcher of calls wants that.
+int GiveValue(const Place& place, confd_value_t* value);
 
 /// Reads a leaf that must have ConfD type `type` and gives the value, which stays owned here, to
 /// `store`.
@@ -24,7 +28,7 @@ template <typename Store>
 int ReadTyped(const Place& place, confd_vtype type, Store store) {
   confd_value_t value;
   if (ReadValue(place, &value) != CONFD_OK) return CONFD_ERR;
-  const bool fits = value.type == type;
+  const bool fits = value.type == type && !WrongValue();
   if (fits) store(value);
   FreeOwned(&value);
   return fits ? CONFD_OK : WrongType(place);

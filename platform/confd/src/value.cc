@@ -293,6 +293,18 @@ void FreeOwned(confd_value_t* value) {
   value->type = C_NOEXISTS;
 }
 
+void ReplaceByOtherType(confd_value_t* value) {
+  static constexpr char kText[] = "of another type";
+  static constexpr int32_t kNumber = 424242;
+  const bool is_text = value->type == C_BUF;
+  FreeOwned(value);
+  if (is_text) {
+    CONFD_SET_INT32(value, kNumber);
+  } else {
+    *value = BufferValue(C_BUF, kText, sizeof(kText) - 1);
+  }
+}
+
 confd_value_t TagValue(xml_tag tag) {
   confd_value_t value{};
   CONFD_SET_XMLTAG(&value, tag.tag, tag.ns);

@@ -19,6 +19,9 @@ confd_value_t LeafValue(const lyd_node* leaf);
 /// Releases what a value owns, as confd_free_value does, unseen by the watcher of calls.
 void FreeOwned(confd_value_t* value);
 
+/// Puts a value of another type in the place of `value`: an int32 for a text, a text for any other.
+void ReplaceByOtherType(confd_value_t* value);
+
 /// A C_XMLTAG value.
 confd_value_t TagValue(xml_tag tag);
 

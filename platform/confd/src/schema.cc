@@ -58,7 +58,6 @@ std::shared_ptr<const LoadedSchema> CurrentSchema() {
 
 LoadedSchema::LoadedSchema(const std::filesystem::path& yang_dir) {
   LoadModules(yang_dir);
-  SchemaChildren& top = children_[nullptr];
   const lys_module* module = nullptr;
   uint32_t index = 0;
   while ((module = ly_ctx_get_module_iter(context_.get(), &index)) != nullptr) {
@@ -66,10 +65,10 @@ LoadedSchema::LoadedSchema(const std::filesystem::path& yang_dir) {
     prefixes_[texts_.Add(module->ns)] = module->prefix;
     LY_ARRAY_COUNT_TYPE i;
     LY_ARRAY_FOR(module->identities, i) { texts_.Add(module->identities[i].name); }
-    AddChildren(nullptr, module->compiled, top);
+    AddChildren(nullptr, module->compiled, top_);
   }
-  for (const lysc_node* node : top) AddNode(node, 1);
-  for (const lysc_node* node : top) AddPoints(node);
+  for (const lysc_node* node : top_) AddNode(node, 1);
+  for (const lysc_node* node : top_) AddPoints(node);
 }
 
 void LoadedSchema::LoadModules(const std::filesystem::path& yang_dir) {
@@ -102,12 +101,12 @@ void LoadedSchema::AddNode(const lysc_node* node, int depth) {
   if (node->nodetype == LYS_LIST && KeyLeaves(node).size() >= MAXKEYLEN) {
     throw Error(SchemaPath(node) + " has more keys than a keypath can hold");
   }
-  tags_[node] = {texts_.Add(node->name), TagOf(node->module->ns)};
+  NodeFacts& facts = facts_.emplace_back();
+  const_cast<lysc_node*>(node)->priv = &facts;
+  facts.tag = {texts_.Add(node->name), TagOf(node->module->ns)};
   if ((node->nodetype & (LYS_CONTAINER | LYS_LIST)) == 0) return;
-  SchemaChildren& children = children_[node];
-  const_cast<lysc_node*>(node)->priv = &children;  // quicker than a look-up for every data node
-  AddChildren(node, nullptr, children);
-  for (const lysc_node* child : children) AddNode(child, depth + 1);
+  AddChildren(node, nullptr, facts.children);
+  for (const lysc_node* child : facts.children) AddNode(child, depth + 1);
 }
 
 // Dependencies may name any node of the model, so all nodes are known before the first point is
@@ -172,9 +171,7 @@ const char* LoadedSchema::NamespacePrefix(uint32_t ns) const {
 }
 
 const SchemaChildren& LoadedSchema::Children(const lysc_node* parent) const {
-  static const SchemaChildren kNone;
-  if (parent == nullptr) return children_.at(nullptr);
-  return parent->priv == nullptr ? kNone : *static_cast<const SchemaChildren*>(parent->priv);
+  return parent == nullptr ? top_ : FactsOf(parent).children;
 }
 
 const lysc_node* LoadedSchema::FindChild(const lysc_node* parent, std::string_view prefix,

@@ -4,6 +4,7 @@
 
 #include <libyang/libyang.h>
 
+#include <deque>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
@@ -23,7 +24,7 @@ class LoadedSchema : public Schema {
 
   ly_ctx* context() const override { return context_.get(); }
   const std::vector<ValidationPoint>& validation_points() const override { return points_; }
-  xml_tag tag(const lysc_node* node) const override { return tags_.at(node); }
+  xml_tag tag(const lysc_node* node) const override { return FactsOf(node).tag; }
 
   const TagTable& texts() const { return texts_; }
   const char* NamespacePrefix(uint32_t ns) const;
@@ -38,9 +39,19 @@ class LoadedSchema : public Schema {
                              std::string_view name) const;
 
  private:
+  // What is asked of a node for every instance that is visited.
+  struct NodeFacts {
+    xml_tag tag;
+    SchemaChildren children;
+  };
+
   struct ContextDeleter {
     void operator()(ly_ctx* context) const { ly_ctx_destroy(context); }
   };
+
+  static const NodeFacts& FactsOf(const lysc_node* node) {
+    return *static_cast<const NodeFacts*>(node->priv);
+  }
 
   void LoadModules(const std::filesystem::path& yang_dir);
   void AddChildren(const lysc_node* parent, const lysc_module* module, SchemaChildren& children);
@@ -50,9 +61,9 @@ class LoadedSchema : public Schema {
 
   std::unique_ptr<ly_ctx, ContextDeleter> context_;
   TagTable texts_;
-  std::unordered_map<const lysc_node*, xml_tag> tags_;
   std::unordered_map<uint32_t, const char*> prefixes_;  // by namespace number
-  std::unordered_map<const lysc_node*, SchemaChildren> children_;
+  SchemaChildren top_;
+  std::deque<NodeFacts> facts_;  // each node has a pointer to its own
   std::vector<ValidationPoint> points_;
 };
 

@@ -36,6 +36,26 @@ TEST_F(StoreTest, XmlIsReadToo) {
   EXPECT_EQ(Get("/gauge{7}/reading"), "-7");
 }
 
+// The restrictions that a leaf adds to a type of tailf-common hold for the canonical text.
+TEST_F(StoreTest, LeafMayRestrictItsType) {
+  const struct {
+    const char* leaf;
+    const char* allowed;
+    const char* canonical;
+    const char* refused;
+  } kRows[] = {{"plen-in-ten", "10.0.0.1/8", "10.0.0.1/8", "192.0.2.1/24"},
+               {"plen-in-documentation", "2001:0DB8::1/64", "2001:db8::1/64", "fd00::1/64"},
+               {"two-octets", "0A:FF", "0aff", "0a:ff:00"}};
+  for (const auto& row : kRows) {
+    const auto text = [&row](const char* value) {
+      return std::string(R"({"store-sample:values":{")") + row.leaf + R"(":")" + value + R"("}})";
+    };
+    Open(text(row.allowed));
+    EXPECT_EQ(Get((std::string("/values/") + row.leaf).c_str()), row.canonical);
+    EXPECT_THROW(Snapshot::FromText(SampleSchema(), text(row.refused)), confd::Error) << row.leaf;
+  }
+}
+
 struct TextCase {
   const char* name;
   const char* text;

@@ -28,10 +28,10 @@ const lysc_node* LowestCommonAncestor(const lysc_node* a, const lysc_node* b) {
   return a;
 }
 
-// From `node` up to `ancestor`, which is above it or itself; a null ancestor is above all.
+// From `node` up to `ancestor`, which is above it or itself.
 int StepsUp(const lysc_node* node, const lysc_node* ancestor) {
   int steps = 0;
-  for (; node != nullptr && node != ancestor; node = lysc_data_parent(node)) ++steps;
+  for (; node != ancestor; node = lysc_data_parent(node)) ++steps;
   return steps;
 }
 

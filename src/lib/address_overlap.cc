@@ -66,11 +66,6 @@ constexpr size_t kFewRecords = 24;  // up to here comparing is quicker than deal
 constexpr int kMaxPileBits = 11;
 
 template <typename Number>
-void SortFew(Record<Number>* begin, Record<Number>* end) {
-  std::sort(begin, end, [](const auto& a, const auto& b) { return a.first < b.first; });
-}
-
-template <typename Number>
 void SortByFirst(Record<Number>* begin, Record<Number>* end, Record<Number>* spare);
 
 // Deals the records out to `piles` by the leading bits in which they differ, and sorts each pile.
@@ -111,7 +106,7 @@ void DealAndSort(Record<Number>* begin, Record<Number>* end, Record<Number>* pil
 template <typename Number>
 void SortByFirst(Record<Number>* begin, Record<Number>* end, Record<Number>* spare) {
   if (static_cast<size_t>(end - begin) <= kFewRecords) {
-    SortFew(begin, end);
+    std::sort(begin, end, [](const auto& a, const auto& b) { return a.first < b.first; });
     return;
   }
   DealAndSort(begin, end, spare);

@@ -275,7 +275,7 @@ std::string Decimal64Text(const confd_decimal64& number) {
 }  // namespace
 
 std::string AddressText(int family, const void* address) {
-  if (family == AF_INET) {  // inet_ntop takes ten times as long
+  if (family == AF_INET) {  // inet_ntop would print it with sprintf
     const auto* bytes = static_cast<const uint8_t*>(address);
     return std::to_string(bytes[0]) + "." + std::to_string(bytes[1]) + "." +
            std::to_string(bytes[2]) + "." + std::to_string(bytes[3]);

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "confd/store.h"
+#include "right_form.h"
 #include "value.h"
 
 namespace confd {
@@ -55,8 +56,7 @@ void FreeValidate(const ly_ctx* /*context*/, lysc_ext_instance* compiled) {
 // --- Types
 // ----------------------------------------------------------------------------------------------------------
 
-// "ADDRESS/LENGTH" with the address in its canonical text and the length without leading zeros;
-// host bits are kept.
+// "ADDRESS/LENGTH" with the address in its canonical text; host bits are kept.
 std::optional<std::string> CanonicalAddressAndLength(std::string_view text, int family) {
   const size_t slash = text.rfind('/');
   if (slash == std::string_view::npos) return std::nullopt;
@@ -65,7 +65,9 @@ std::optional<std::string> CanonicalAddressAndLength(std::string_view text, int 
   unsigned length = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), length);
   const unsigned full_length = family == AF_INET ? 32 : 128;
-  if (error != std::errc() || end != digits.data() + digits.size() || length > full_length) {
+  const bool has_leading_zero = digits.size() > 1 && digits.front() == '0';
+  if (error != std::errc() || end != digits.data() + digits.size() || length > full_length ||
+      has_leading_zero) {
     return std::nullopt;
   }
   in6_addr bytes;
@@ -73,7 +75,23 @@ std::optional<std::string> CanonicalAddressAndLength(std::string_view text, int 
   return AddressText(family, &bytes) + "/" + std::to_string(length);
 }
 
-using Canonicalize = std::optional<std::string> (*)(std::string_view);
+// A type whose texts libyang knows nothing about.
+struct TextType {
+  const char* what;  // for messages
+  std::optional<std::string> (*canonicalize)(std::string_view text);
+  std::string (*right_form)(const std::string& text);  // for a text that is no value
+};
+
+// What is wrong with `text`: the data model's own words where it has some, and the right form.
+LY_ERR NoValue(const TextType& text_type, const lysc_type* type, const std::string& text,
+               ly_err_item** err) {
+  const lysc_pattern* const* patterns = reinterpret_cast<const lysc_type_str*>(type)->patterns;
+  std::string message = "Not an " + std::string(text_type.what) + ".";
+  if (LY_ARRAY_COUNT(patterns) > 0 && patterns[0]->emsg != nullptr) message = patterns[0]->emsg;
+  const std::string right_form = text_type.right_form(text);
+  if (!right_form.empty()) message.append(" ").append(right_form);
+  return ly_err_new(err, LY_EVALID, LYVE_DATA, nullptr, nullptr, "%s", message.c_str());
+}
 
 // Whether a type derived from one of tailf-common's restricts it further. The patterns of the three
 // say no more than what their canonical texts are, but matching them costs more than all the rest.
@@ -86,21 +104,18 @@ bool IsRestricted(const lysc_type* type) {
 
 // Stores a value in its canonical text, so that equal values are equal keys; restrictions of the
 // type are checked on it.
-LY_ERR StoreCanonical(Canonicalize canonicalize, const char* what, const ly_ctx* ctx,
-                      const lysc_type* type, const void* value, size_t value_length,
-                      uint32_t options, LY_VALUE_FORMAT format, void* prefix_data, uint32_t hints,
+LY_ERR StoreCanonical(const TextType& text_type, const ly_ctx* ctx, const lysc_type* type,
+                      const void* value, size_t value_length, uint32_t options,
+                      LY_VALUE_FORMAT format, void* prefix_data, uint32_t hints,
                       const lysc_node* ctx_node, lyd_value* storage, lys_glob_unres* unres,
                       ly_err_item** err) {
   const std::string text(static_cast<const char*>(value), value_length);
-  const std::optional<std::string> canonical = canonicalize(text);
+  const std::optional<std::string> canonical = text_type.canonicalize(text);
   if ((options & LYPLG_TYPE_STORE_DYNAMIC) != 0) {
     free(const_cast<void*>(value));
     options &= ~static_cast<uint32_t>(LYPLG_TYPE_STORE_DYNAMIC);
   }
-  if (!canonical) {
-    return ly_err_new(err, LY_EVALID, LYVE_DATA, nullptr, nullptr, "Invalid %s \"%s\".", what,
-                      text.c_str());
-  }
+  if (!canonical) return NoValue(text_type, type, text, err);
   if (IsRestricted(type)) {
     return lyplg_type_store_string(ctx, type, canonical->data(), canonical->size(), options, format,
                                    prefix_data, hints, ctx_node, storage, unres, err);
@@ -113,32 +128,26 @@ LY_ERR StoreCanonical(Canonicalize canonicalize, const char* what, const ly_ctx*
   return lydict_insert(ctx, canonical->data(), canonical->size(), &storage->_canonical);
 }
 
-LY_ERR StoreIpv4AndPlen(const ly_ctx* ctx, const lysc_type* type, const void* value,
-                        size_t value_length, uint32_t options, LY_VALUE_FORMAT format,
-                        void* prefix_data, uint32_t hints, const lysc_node* ctx_node,
-                        lyd_value* storage, lys_glob_unres* unres, ly_err_item** err) {
-  return StoreCanonical(
-      [](std::string_view text) { return CanonicalAddressAndLength(text, AF_INET); },
-      "IPv4 address and prefix length", ctx, type, value, value_length, options, format,
-      prefix_data, hints, ctx_node, storage, unres, err);
-}
+constexpr TextType kIpv4AndPlen = {
+    "IPv4 address with prefix length",
+    [](std::string_view text) { return CanonicalAddressAndLength(text, AF_INET); },
+    [](const std::string& text) { return RightAddressAndLength(text, AF_INET); }};
 
-LY_ERR StoreIpv6AndPlen(const ly_ctx* ctx, const lysc_type* type, const void* value,
-                        size_t value_length, uint32_t options, LY_VALUE_FORMAT format,
-                        void* prefix_data, uint32_t hints, const lysc_node* ctx_node,
-                        lyd_value* storage, lys_glob_unres* unres, ly_err_item** err) {
-  return StoreCanonical(
-      [](std::string_view text) { return CanonicalAddressAndLength(text, AF_INET6); },
-      "IPv6 address and prefix length", ctx, type, value, value_length, options, format,
-      prefix_data, hints, ctx_node, storage, unres, err);
-}
+constexpr TextType kIpv6AndPlen = {
+    "IPv6 address with prefix length",
+    [](std::string_view text) { return CanonicalAddressAndLength(text, AF_INET6); },
+    [](const std::string& text) { return RightAddressAndLength(text, AF_INET6); }};
 
-LY_ERR StoreHexList(const ly_ctx* ctx, const lysc_type* type, const void* value,
-                    size_t value_length, uint32_t options, LY_VALUE_FORMAT format,
-                    void* prefix_data, uint32_t hints, const lysc_node* ctx_node,
-                    lyd_value* storage, lys_glob_unres* unres, ly_err_item** err) {
-  return StoreCanonical(CanonicalHexList, "list of octets", ctx, type, value, value_length, options,
-                        format, prefix_data, hints, ctx_node, storage, unres, err);
+constexpr TextType kHexList = {"octet list", CanonicalHexList, RightHexList};
+
+// The callback of a type plug-in.
+template <const TextType& kTextType>
+LY_ERR Store(const ly_ctx* ctx, const lysc_type* type, const void* value, size_t value_length,
+             uint32_t options, LY_VALUE_FORMAT format, void* prefix_data, uint32_t hints,
+             const lysc_node* ctx_node, lyd_value* storage, lys_glob_unres* unres,
+             ly_err_item** err) {
+  return StoreCanonical(kTextType, ctx, type, value, value_length, options, format, prefix_data,
+                        hints, ctx_node, storage, unres, err);
 }
 
 lyplg_type TypePlugin(const char* id, lyplg_type_store_clb store) {
@@ -192,11 +201,11 @@ extern const lyplg_ext_record plugins_extensions__[];
 uint32_t plugins_types_apiver__ = LYPLG_TYPE_API_VERSION;
 const lyplg_type_record plugins_types__[] = {
     {confd::kModule, confd::kRevision, "ipv4-address-and-prefix-length",
-     confd::TypePlugin(confd::kIpv4AndPlenType, confd::StoreIpv4AndPlen)},
+     confd::TypePlugin(confd::kIpv4AndPlenType, confd::Store<confd::kIpv4AndPlen>)},
     {confd::kModule, confd::kRevision, "ipv6-address-and-prefix-length",
-     confd::TypePlugin(confd::kIpv6AndPlenType, confd::StoreIpv6AndPlen)},
+     confd::TypePlugin(confd::kIpv6AndPlenType, confd::Store<confd::kIpv6AndPlen>)},
     {confd::kModule, confd::kRevision, "hex-list",
-     confd::TypePlugin(confd::kHexListType, confd::StoreHexList)},
+     confd::TypePlugin(confd::kHexListType, confd::Store<confd::kHexList>)},
     {}};
 
 uint32_t plugins_extensions_apiver__ = LYPLG_EXT_API_VERSION;

@@ -8,9 +8,10 @@
 #include <string_view>
 #include <utility>
 
-#include "input_text.h"
-#include "netconf_wrapper.h"
+#include "json_configuration.h"
 #include "one_line.h"
+#include "schema_walk.h"
+#include "xml_configuration.h"
 
 namespace ipvald {
 namespace {
@@ -56,64 +57,75 @@ std::string_view PathOf(std::string_view location) {
   return location.substr(first + 1, last - first - 1);
 }
 
-// A text as the parser gets it, and what its file is called.
-struct Source {
-  std::string name;
+// A text as libyang gets it.
+struct ParserInput {
+  const std::string& name;  // of the file
   std::string text;
-  LYD_FORMAT format = LYD_JSON;
+  LYD_FORMAT format;
   size_t lines_removed = 0;  // before the beginning of `text`
 };
 
-size_t CountLines(std::string_view text) {
-  return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
-}
-
 // libyang counts the line ends before a JSON object twice, so they are taken away and added to its
 // line numbers.
-void RemoveLeadingBlanks(Source& source) {
-  const size_t first = source.text.find_first_not_of(kBlanks);
-  source.lines_removed = CountLines(std::string_view(source.text).substr(0, first));
-  source.text.erase(0, first);
+void RemoveLeadingBlanks(ParserInput& input) {
+  const size_t first = input.text.find_first_not_of(kBlanks);
+  const auto begin = input.text.begin();
+  input.lines_removed =
+      static_cast<size_t>(std::count(begin, begin + static_cast<ptrdiff_t>(first), '\n'));
+  input.text.erase(0, first);
 }
 
 // libyang's last error as an InputError. A fault that shows only in the whole tree has no line, but
 // a path.
-InputError LibyangError(const ly_ctx* context, const Source& source) {
+InputError LibyangError(const ly_ctx* context, const ParserInput& input) {
+  if (ly_errcode(context) == LY_EMEM) throw std::bad_alloc();
   const char* message = ly_errmsg(context);
   // Cut at once, since libyang may quote the whole file.
   std::string text = OneLine(message != nullptr ? message : "");
   if (text.empty()) text = "not a valid configuration";
-  // The text holds no NUL byte, so this one is libyang's own at the end of its input.
-  if (text == "Invalid character 0x0.") text = "Unexpected end-of-input.";
 
   const char* location = ly_errpath(context);
-  if (location == nullptr) return LocatedError(source.name, 0, text);
+  if (location == nullptr) return LocatedError(input.name, 0, text);
   const size_t line = LineOf(location);
-  if (line > 0) return LocatedError(source.name, source.lines_removed + line, text);
+  if (line > 0) return LocatedError(input.name, input.lines_removed + line, text);
   const std::string_view path = PathOf(location);
   if (!path.empty()) text.append(" (").append(path).append(")");
-  return LocatedError(source.name, 0, text);
+  return LocatedError(input.name, 0, text);
 }
 
-Tree Parse(const ly_ctx* context, const Source& source) {
+Tree Parse(const ly_ctx* context, const ParserInput& input) {
   ly_in* opened = nullptr;
-  if (ly_in_new_memory(source.text.c_str(), &opened) != LY_SUCCESS) throw std::bad_alloc();
-  const std::unique_ptr<ly_in, FreeInput> input(opened);
+  if (ly_in_new_memory(input.text.c_str(), &opened) != LY_SUCCESS) throw std::bad_alloc();
+  const std::unique_ptr<ly_in, FreeInput> in(opened);
 
   lyd_node* parsed = nullptr;
   constexpr uint32_t kOptions = LYD_PARSE_ONLY | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE;
   const LY_ERR result =
-      lyd_parse_data(context, nullptr, input.get(), source.format, kOptions, 0, &parsed);
+      lyd_parse_data(context, nullptr, in.get(), input.format, kOptions, 0, &parsed);
   Tree tree(parsed);
-  if (result != LY_SUCCESS) throw LibyangError(context, source);
+  if (result != LY_SUCCESS) throw LibyangError(context, input);
+  return tree;
+}
 
-  // libyang stops at the end of the JSON object and does not look further.
-  const size_t rest = source.text.find_first_not_of(kBlanks, ly_in_parsed(input.get()));
-  if (rest != std::string::npos) {
-    const size_t line = 1 + CountLines(std::string_view(source.text).substr(0, rest));
-    throw LocatedError(source.name, source.lines_removed + line,
-                       "text after the end of the configuration");
+// Looks through the text and makes of it what libyang reads.
+ParserInput Prepare(const ly_ctx* context, const SourceText& source, InputFormat format,
+                    SchemaWalk::Depth depth) {
+  if (format == InputFormat::kXml) {
+    return {source.name, XmlConfiguration(context, source, depth), LYD_XML};
   }
+  ParserInput input{source.name, JsonConfiguration(context, source, depth), LYD_JSON};
+  RemoveLeadingBlanks(input);
+  return input;
+}
+
+Tree ParseValid(ly_ctx* context, const SourceText& source, InputFormat format) {
+  const ParserInput input = Prepare(context, source, format, SchemaWalk::Depth::kStructure);
+  Tree tree = Parse(context, input);
+  // Validation adds nodes and may replace the first one, so the tree changes hands for its time.
+  lyd_node* validated = tree.release();
+  const LY_ERR result = lyd_validate_all(&validated, context, LYD_VALIDATE_NO_STATE, nullptr);
+  tree.reset(validated);
+  if (result != LY_SUCCESS) throw LibyangError(context, input);
   return tree;
 }
 
@@ -126,32 +138,22 @@ std::shared_ptr<const confd::Snapshot> ReadConfiguration(
 
 std::shared_ptr<const confd::Snapshot> ParseConfiguration(
     const std::shared_ptr<const confd::Schema>& schema, const std::string& name, std::string text) {
-  const InputFormat input_format = SniffFormat(name, text);
+  const InputFormat format = SniffFormat(name, text);
   RemoveByteOrderMark(text);
   CheckUtf8(name, text);
-
-  Source source;
-  source.name = name;
-  source.text = std::move(text);
-  if (input_format == InputFormat::kXml) {
-    source.format = LYD_XML;
-    source.text = RemoveXmlWrapper(name, std::move(source.text));
-  } else {
-    RemoveJsonWrapper(source.text);
-    RemoveLeadingBlanks(source);
-  }
+  const SourceText source{name, std::move(text)};
 
   const QuietLibyang quiet;
   ly_ctx* context = schema->context();
   ly_err_clean(context, nullptr);
-  Tree tree = Parse(context, source);
-
-  // Validation adds nodes and may replace the first one, so the tree changes hands for its time.
-  lyd_node* validated = tree.release();
-  const LY_ERR result = lyd_validate_all(&validated, context, LYD_VALIDATE_NO_STATE, nullptr);
-  tree.reset(validated);
-  if (result != LY_SUCCESS) throw LibyangError(context, source);
-  return confd::Snapshot::FromTree(schema, tree.release());
+  try {
+    return confd::Snapshot::FromTree(schema, ParseValid(context, source, format).release());
+  } catch (const InputError&) {
+    // Once more with a look at every value, for the fault that comes first in the text, in words
+    // that help.
+    Prepare(context, source, format, SchemaWalk::Depth::kValues);
+    throw;
+  }
 }
 
 }  // namespace ipvald

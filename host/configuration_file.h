@@ -2,18 +2,13 @@
 #ifndef HOST_CONFIGURATION_FILE_H_
 #define HOST_CONFIGURATION_FILE_H_
 
-#include <cstddef>
 #include <memory>
 #include <string>
 
 #include "confd/store.h"
-#include "input_error.h"
+#include "input_text.h"
 
 namespace ipvald {
-
-/// Larger files are refused; 256 MiB is some thousand times the largest configuration that a device
-/// takes.
-inline constexpr size_t kMaxConfigurationSize = size_t{256} << 20;
 
 /// Reads the configuration in `file`, "-" for standard input. XML or JSON, told apart by the first
 /// byte that is not blank, in UTF-8, with or without a byte order mark, bare or in a NETCONF <data>

@@ -17,8 +17,9 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr std::string_view kBlanks = " \t\r\n";
-constexpr size_t kChunk = 65536;     // bytes asked for by one read
-constexpr size_t kEarlyLook = 4096;  // bytes after which a big file of another kind is given up
+constexpr size_t kChunk = 65536;        // bytes asked for by one read
+constexpr size_t kShownBeginning = 40;  // bytes of an unknown text that a message shows
+constexpr size_t kEarlyLook = 4096;     // bytes after which a big file of another kind is given up
 
 // A descriptor that is closed again unless it is standard input.
 class InputDescriptor {
@@ -61,6 +62,48 @@ size_t Utf8Length(std::string_view text) {
   return is_continuation(2) && is_continuation(3) ? 4 : 0;
 }
 
+// What the first bytes of a file tell of it, as far as that is no text in UTF-8; null when nothing.
+const char* KindOf(std::string_view text) {
+  using std::string_view_literals::operator""sv;
+  struct Kind {
+    std::string_view begin;
+    const char* words;
+  };
+  static constexpr Kind kKinds[] = {
+      {"\x1f\x8b"sv, "it is compressed by gzip"},
+      {"BZh"sv, "it is compressed by bzip2"},
+      {"\xfd\x37zXZ\0"sv, "it is compressed by xz"},
+      {"\x28\xb5\x2f\xfd"sv, "it is compressed by zstd"},
+      {"PK\x03\x04"sv, "it is a ZIP archive"},
+      {"\xff\xfe"sv, "it is in UTF-16, not in UTF-8"},
+      {"\xfe\xff"sv, "it is in UTF-16, not in UTF-8"},
+      {"<\0"sv, "it is in UTF-16, not in UTF-8"},
+      {"{\0"sv, "it is in UTF-16, not in UTF-8"},
+      {"\0<"sv, "it is in UTF-16, not in UTF-8"},
+      {"\0{"sv, "it is in UTF-16, not in UTF-8"},
+  };
+  for (const Kind& kind : kKinds) {
+    if (text.starts_with(kind.begin)) return kind.words;
+  }
+  return nullptr;
+}
+
+bool IsBinary(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte < 0x20 && c != '\t') || byte == 0x7f || byte >= 0xf8;
+  });
+}
+
+// Whether the first line of a text is a document start or a key of YAML.
+bool LooksLikeYaml(std::string_view line) {
+  if (line.starts_with("---") || line.starts_with("%YAML")) return true;
+  const size_t colon = line.find(": ");
+  const std::string_view key = line.substr(0, colon == line.npos ? line.size() - 1 : colon);
+  const bool has_colon = colon != line.npos || line.ends_with(':');
+  return has_colon && !key.empty() && key.find_first_of(" \t\"'(){}<>") == key.npos;
+}
+
 }  // namespace
 
 std::string DisplayName(const std::string& file) {
@@ -71,6 +114,15 @@ std::string DisplayName(const std::string& file) {
 InputError LocatedError(const std::string& name, size_t line, std::string_view message) {
   const std::string place = line == 0 ? name : name + ":" + std::to_string(line);
   return InputError(place + ": " + OneLine(message));
+}
+
+size_t SourceText::LineAt(size_t offset) const {
+  const auto end = text.begin() + static_cast<ptrdiff_t>(std::min(offset, text.size()));
+  return 1 + static_cast<size_t>(std::count(text.begin(), end, '\n'));
+}
+
+InputError SourceText::ErrorAt(size_t offset, std::string_view message) const {
+  return LocatedError(name, LineAt(offset), message);
 }
 
 std::string ReadInputText(const std::string& file, size_t max_size) {
@@ -103,9 +155,20 @@ std::string ReadInputText(const std::string& file, size_t max_size) {
 InputFormat SniffFormat(const std::string& name, std::string_view text) {
   const size_t first = FirstNonBlank(text);
   if (first == std::string_view::npos) throw LocatedError(name, 0, "the file is empty");
+  if (const char* kind = KindOf(text)) {
+    throw LocatedError(name, 0, std::string("neither XML nor JSON: ") + kind);
+  }
   if (text[first] == '<') return InputFormat::kXml;
   if (text[first] == '{') return InputFormat::kJson;
-  throw LocatedError(name, 0, "neither XML nor JSON");
+  if (text[first] == '[') {
+    throw LocatedError(name, 0, "a JSON array, but a configuration is an object, {...}");
+  }
+  const std::string_view line = text.substr(first, text.find_first_of("\r\n", first) - first);
+  if (LooksLikeYaml(line)) throw LocatedError(name, 0, "neither XML nor JSON: it looks like YAML");
+  if (IsBinary(line.substr(0, kShownBeginning)))
+    throw LocatedError(name, 0, "neither XML nor JSON: binary data");
+  throw LocatedError(name, 0,
+                     "neither XML nor JSON: it begins with \"" + Cut(line, kShownBeginning) + "\"");
 }
 
 void RemoveByteOrderMark(std::string& text) {

@@ -12,11 +12,27 @@ namespace ipvald {
 
 enum class InputFormat { kXml, kJson };
 
+/// Larger files are refused; 256 MiB is some thousand times the largest configuration that a device
+/// takes.
+inline constexpr size_t kMaxConfigurationSize = size_t{256} << 20;
+
 /// How messages call the file: its name on one line, "standard input" for "-".
 std::string DisplayName(const std::string& file);
 
 /// "NAME:LINE: message", or "NAME: message" when `line` is 0; one line whatever `message` holds.
 InputError LocatedError(const std::string& name, size_t line, std::string_view message);
+
+/// The text of a configuration file and what messages call the file.
+struct SourceText {
+  std::string name;
+  std::string text;
+
+  /// Number of the line with the byte at `offset`, from 1.
+  size_t LineAt(size_t offset) const;
+
+  /// "NAME:LINE: message" for the byte at `offset`.
+  InputError ErrorAt(size_t offset, std::string_view message) const;
+};
 
 /// All bytes of `file`, "-" for standard input. A big file that is neither XML nor JSON is given up
 /// after a few kilobytes.

@@ -20,6 +20,7 @@
 #include "one_line.h"
 #include "options.h"
 #include "plugin_process.h"
+#include "reading_deadline.h"
 #include "report_json.h"
 #include "report_text.h"
 #include "transaction.h"
@@ -86,16 +87,24 @@ void KeepUntilExit(const std::shared_ptr<const confd::Snapshot>& configuration) 
   kept->push_back(configuration);
 }
 
+std::shared_ptr<const confd::Snapshot> ReadInTime(
+    const std::shared_ptr<const confd::Schema>& schema, const std::string& file,
+    std::chrono::seconds limit) {
+  const ReadingDeadline deadline(file, limit, kNoVerdictStatus);
+  return ReadConfiguration(schema, file);
+}
+
 int Check(const Options& options) {
   const CheckOptions& check = options.check;
   const auto schema = LoadSchema(options.yang);
+  const std::chrono::seconds timeout(check.timeout);
   const auto running =
-      check.running ? ReadConfiguration(schema, *check.running) : confd::Snapshot::Empty(schema);
-  const auto candidate = ReadConfiguration(schema, check.candidate);
+      check.running ? ReadInTime(schema, *check.running, timeout) : confd::Snapshot::Empty(schema);
+  const auto candidate = ReadInTime(schema, check.candidate, timeout);
   KeepUntilExit(running);
   KeepUntilExit(candidate);
-  const TransactionReport report = RunTransaction(
-      running, candidate, {check.plugin, std::chrono::seconds(check.timeout), check.trace});
+  const TransactionReport report =
+      RunTransaction(running, candidate, {check.plugin, timeout, check.trace});
   Print(options.format == Format::kJson ? JsonReport(report)
                                         : TextReport(report, {check.trace, UseColor(check.color)}));
   return StatusOf(report.verdict);

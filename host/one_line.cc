@@ -30,4 +30,11 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
+std::string Cut(std::string_view text, size_t max) {
+  if (text.size() <= max) return std::string(text);
+  size_t length = max;
+  while (length > 0 && IsUtf8Continuation(text[length])) --length;
+  return std::string(text.substr(0, length)) + "...";
+}
+
 }  // namespace ipvald

@@ -2,6 +2,7 @@
 #ifndef HOST_ONE_LINE_H_
 #define HOST_ONE_LINE_H_
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,10 @@ namespace ipvald {
 /// `text` as one line: every run of blanks and control bytes becomes one blank, none at either end,
 /// and what is longer than 500 bytes is cut (not inside a UTF-8 character) and ends with "...".
 std::string OneLine(std::string_view text);
+
+/// At most `max` bytes of `text`, not cut inside a UTF-8 character, with "..." behind when that is
+/// not all.
+std::string Cut(std::string_view text, size_t max);
 
 }  // namespace ipvald
 

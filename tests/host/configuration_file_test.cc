@@ -13,7 +13,7 @@
 #include <ostream>
 #include <string>
 
-#include "data_model.h"
+#include "configuration_text.h"
 #include "one_line.h"
 
 namespace ipvald {
@@ -28,20 +28,6 @@ const std::string kBare =
 
 const std::string kBareJson =
     R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7","vrf":"red"}]}}})";
-
-SnapshotPtr Parse(const std::string& text) {
-  return ParseConfiguration(DataModel(), "input", text);
-}
-
-// The error of reading `text`, "accepted" when there is none.
-std::string ErrorOf(const std::string& text) {
-  try {
-    Parse(text);
-  } catch (const InputError& error) {
-    return error.what();
-  }
-  return "accepted";
-}
 
 size_t CountChanges(const confd::Snapshot& from, const confd::Snapshot& to) {
   size_t count = 0;
@@ -115,9 +101,9 @@ const TextCase kSameConfiguration[] = {
 class SameConfiguration : public testing::TestWithParam<TextCase> {};
 
 TEST_P(SameConfiguration, AsBare) {
-  const SnapshotPtr bare = Parse(kBare);
+  const SnapshotPtr bare = ParseText(kBare);
   ASSERT_GT(CountChanges(*confd::Snapshot::Empty(DataModel()), *bare), 0u);
-  EXPECT_EQ(CountChanges(*bare, *Parse(GetParam().text)), 0u);
+  EXPECT_EQ(CountChanges(*bare, *ParseText(GetParam().text)), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, SameConfiguration, testing::ValuesIn(kSameConfiguration),
@@ -134,116 +120,107 @@ const TextCase kEmptyConfigurations[] = {
 class EmptyConfiguration : public testing::TestWithParam<TextCase> {};
 
 TEST_P(EmptyConfiguration, IsAccepted) {
-  EXPECT_EQ(CountChanges(*confd::Snapshot::Empty(DataModel()), *Parse(GetParam().text)), 0u);
+  EXPECT_EQ(CountChanges(*confd::Snapshot::Empty(DataModel()), *ParseText(GetParam().text)), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, EmptyConfiguration, testing::ValuesIn(kEmptyConfigurations),
                          NameOfCase);
 
-struct ErrorCase {
-  const char* name;
-  std::string text;
-  const char* error;
-};
-
-std::ostream& operator<<(std::ostream& out, const ErrorCase& row) { return out << row.name; }
-
-// A configuration whose L3 interface holds `leaves`, which begin on line 4.
-std::string Xml(const std::string& leaves) {
-  return "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n"
-         "<l3 xmlns=\"urn:velmor:yang:ip-app\">\n" +
-         leaves + "</l3>\n</interface>\n</config>\n";
-}
-
-const ErrorCase kErrors[] = {
+const TextErrorCase kErrors[] = {
     {"Empty", "", "input: the file is empty"},
     {"OnlyBlanks", " \n\t\r\n", "input: the file is empty"},
     {"OnlyByteOrderMark", "\xef\xbb\xbf", "input: the file is empty"},
-    {"OtherText", "hello", "input: neither XML nor JSON"},
-    {"JsonArray", "[]", "input: neither XML nor JSON"},
-    {"Utf16", std::string("\xff\xfe<\0c\0", 6), "input: neither XML nor JSON"},
+    {"OtherText", "hello", "input: neither XML nor JSON: it begins with \"hello\""},
+    {"JsonArray", "[]", "input: a JSON array, but a configuration is an object, {...}"},
+    {"Utf16", std::string("\xff\xfe<\0c\0", 6),
+     "input: neither XML nor JSON: it is in UTF-16, not in UTF-8"},
     {"BinaryGarbage",
      "\x7f"
      "ELF\x02\x01",
-     "input: neither XML nor JSON"},
+     "input: neither XML nor JSON: binary data"},
     {"NotUtf8", "{\n\"\xff\"", "input:2: not UTF-8"},
     {"OverlongUtf8", "{\"\xc0\xaf\"", "input:1: not UTF-8"},
     {"SurrogateInUtf8", "{\"\xed\xa0\x80\"", "input:1: not UTF-8"},
     {"CutUtf8", "{\"\xe2\x82", "input:1: not UTF-8"},
     {"NulByte", std::string("{}\n\n\0", 5), "input:3: NUL byte in the text"},
     {"TruncatedXml", "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n",
-     "input:3: Unexpected end-of-input."},
+     "input:3: the text ends inside <interface>, which begins on line 2"},
     {"TruncatedXmlInTag", "<config xmlns=\"urn:velmor:yang:config\">\n<interf",
-     "input:2: Unexpected end-of-input."},
-    {"UnclosedXmlComment", "<!-- <config/>", "input:1: Comment not terminated."},
+     "input:2: the text ends inside a tag, which begins on line 2"},
+    {"UnclosedXmlComment", "<!-- <config/>",
+     "input:1: the text ends inside a comment, which begins on line 1"},
     {"MismatchedTag", "<config xmlns=\"urn:velmor:yang:config\">\n</confix>",
-     "input:2: Opening (\"config\") and closing (\"confix\") elements tag mismatch."},
-    {"TextAfterXml", kBare + "\njunk",
-     "input:2: Invalid character sequence \"junk\", expected element tag start ('<')."},
+     "input:2: </confix> cannot close <config>, which begins on line 1"},
+    {"TextAfterXml", kBare + "\njunk", "input:2: an element is expected before junk"},
     {"TruncatedJson", "{\"velmor-config:config\":\n{",
-     "input:2: Invalid character sequence \"\", expected a JSON object's member."},
+     "input:2: the text ends inside an object, which begins on line 2"},
     {"JsonSyntax", "{\"velmor-config:config\":\n{\"interface\":}}",
-     "input:2: Invalid character sequence \"}}\", expected a JSON value."},
+     "input:2: a value is expected before }"},
     {"TextAfterJson", kBareJson + "\n\n{}", "input:3: text after the end of the configuration"},
-    {"UnknownElement", Xml("<name>7</name>\n<colour>red</colour>"),
-     "input:5: Node \"colour\" not found as a child of \"l3\" node."},
+    {"UnknownElement", XmlWithL3("<name>7</name>\n<colour>red</colour>"),
+     "input:5: <colour> is not known in <l3>, which holds <name>, <vrf>, <lower-layer-if>, <ipv4>, <ipv6>"},
     {"UnknownNamespace", "<config xmlns=\"urn:x\"/>",
-     "input:1: No module with namespace \"urn:x\" in the context."},
-    {"NoNamespace", "<configuration/>", "input:1: Missing XML namespace."},
+     "input:1: <config> is written <config xmlns=\"urn:velmor:yang:config\"> here"},
+    {"NoNamespace", "<configuration/>",
+     "input:1: <configuration> has no namespace (xmlns) and is not known in the configuration, which holds <KX-RTM-MIB>, <internal>, <config>, <rtmStaticRtEntry-global>"},
     {"UnknownJsonMember", "{\"velmor-config:config\":{\n\"colour\":1}}",
-     "input:2: Node \"colour\" not found as a child of \"config\" node."},
-    {"ValueOutOfRange", Xml("<name>7</name>\n<lower-layer-if><vlan>4095</vlan></lower-layer-if>"),
-     "input:5: A VLAN identifier is 1 to 4094."},
-    {"ValueOfOtherType", Xml("<name>7</name>\n<lower-layer-if><vlan>x</vlan></lower-layer-if>"),
-     "input:5: Invalid type int32 value \"x\"."},
+     "input:2: \"colour\" is not known in \"config\", which holds \"interface\""},
+    {"ValueOutOfRange",
+     XmlWithL3("<name>7</name>\n<lower-layer-if><vlan>4095</vlan></lower-layer-if>"),
+     "input:5: <vlan> is \"4095\", but takes a whole number from 1 to 4094: A VLAN identifier is 1 "
+     "to 4094."},
+    {"ValueOfOtherType",
+     XmlWithL3("<name>7</name>\n<lower-layer-if><vlan>x</vlan></lower-layer-if>"),
+     "input:5: <vlan> is \"x\", but takes a whole number from 1 to 4094: A VLAN identifier is 1 to "
+     "4094."},
     {"DuplicateEntry",
-     Xml("<name>7</name></l3><l3 xmlns=\"urn:velmor:yang:ip-app\"><name>7</name>"),
-     "input: Duplicate instance of \"l3\". "
-     "(/velmor-config:config/interface/velmor-ip-app:l3[name='7'])"},
+     XmlWithL3("<name>7</name></l3><l3 xmlns=\"urn:velmor:yang:ip-app\"><name>7</name>"),
+     "input:4: a second <l3> with name \"7\"; the first is on line 3"},
     {"DuplicateLeafInJson",
      R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7","vrf":"a","vrf":"b"}]}}})",
-     "input: Duplicate instance of \"vrf\". "
-     "(/velmor-config:config/interface/velmor-ip-app:l3[name='7']/vrf)"},
-    {"MissingKey", Xml("<vrf>red</vrf>"), "input:4: List instance is missing its key \"name\"."},
+     "input:1: \"vrf\" stands twice in one \"l3\"; the first is on line 1"},
+    {"MissingKey", XmlWithL3("<vrf>red</vrf>"), "input:3: this <l3> lacks its key <name>"},
     {"DocumentType", "<!DOCTYPE config [<!ENTITY a \"b\">]>\n" + kBare,
      "input:1: document type declarations are not accepted"},
     {"DocumentTypeInTheWrapper", "<data>\n<!DOCTYPE config>" + kBare + "</data>",
      "input:2: document type declarations are not accepted"},
-    {"Entity", Xml("<name>&lol;</name>"),
-     "input:4: Entity reference \"&lol;</nam\" not supported, only predefined references allowed."},
-    {"WrapperNotClosed", "\n<data>" + kBare, "input:2: <data> is not closed"},
+    {"Entity", XmlWithL3("<name>&lol;</name>"),
+     "input:4: &lol; is not known: XML itself has &lt; &gt; &amp; &quot; &apos;"},
+    {"WrapperNotClosed", "\n<data>" + kBare,
+     "input:2: the text ends inside <data>, which begins on line 2"},
     {"ReplyNotClosed", "<rpc-reply>\n<data>" + kBare + "</data>",
-     "input:1: <rpc-reply> is not closed"},
+     "input:2: the text ends inside <rpc-reply>, which begins on line 1"},
     {"WrapperClosedByAnother", "<data>" + kBare + "\n</config>",
-     "input:2: </config> closes no open element"},
+     "input:2: </config> cannot close <data>, which begins on line 1"},
     {"ElementAfterWrapper", "<data>" + kBare + "</data>\n" + kBare,
-     "input:2: element after the end of the NETCONF wrapper"},
+     "input:2: element behind the end of the NETCONF wrapper"},
     {"TruncatedInWrapper", "<data>\n<config xmlns=\"urn:velmor:yang:config\"",
-     "input:2: not well-formed XML"},
+     "input:2: the text ends inside a tag, which begins on line 2"},
     {"ErrorInWrapperKeepsItsLine",
-     InBase("data") + "\n" + Xml("<name>7</name>\n<colour/>") + "</data>",
-     "input:6: Node \"colour\" not found as a child of \"l3\" node."},
-    {"WrapperInWrapper", "<data>\n<data/></data>", "input:2: Missing XML namespace."},
+     InBase("data") + "\n" + XmlWithL3("<name>7</name>\n<colour/>") + "</data>",
+     "input:6: <colour> is not known in <l3>, which holds <name>, <vrf>, <lower-layer-if>, <ipv4>, <ipv6>"},
+    {"WrapperInWrapper", "<data>\n<data/></data>",
+     "input:2: <data> has no namespace (xmlns) and is not known in the configuration, which holds <KX-RTM-MIB>, <internal>, <config>, <rtmStaticRtEntry-global>"},
     {"WrapperInOtherNamespace", "<data xmlns=\"urn:x\"/>",
-     "input:1: No module with namespace \"urn:x\" in the context."},
+     "input:1: <data>: no module of the data model has the namespace \"urn:x\""},
     {"ErrorInJsonWrapperKeepsItsLine", "{\n\"data\":\n{\n\"colour:x\":1}}",
-     "input:4: No module named \"colour\" in the context."},
+     "input:4: \"x\": no module of the data model has the name \"colour\""},
     {"MemberBesideJsonWrapper", "{\"data\":\n{}, \"x\": {}}",
-     "input:2: text after the end of the configuration"},
+     "input:2: nothing may stand beside \"data\""},
 };
 
-class BadConfiguration : public testing::TestWithParam<ErrorCase> {};
+class BadConfiguration : public testing::TestWithParam<TextErrorCase> {};
 
-TEST_P(BadConfiguration, GetsOneLine) { EXPECT_EQ(ErrorOf(GetParam().text), GetParam().error); }
+TEST_P(BadConfiguration, GetsOneLine) { EXPECT_EQ(ErrorOfText(GetParam().text), GetParam().error); }
 
 INSTANTIATE_TEST_SUITE_P(Texts, BadConfiguration, testing::ValuesIn(kErrors),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(BadConfigurationValue, IsCutInTheMessage) {
-  const std::string error = ErrorOf(Xml("<name>7</name><ipv4><address><ip>" +
-                                        std::string(1000000, 'x') + "</ip></address></ipv4>"));
-  EXPECT_LT(error.size(), 600u);
-  EXPECT_EQ(error.substr(error.size() - 4), "x...");
+  const std::string error = ErrorOfText(XmlWithL3(
+      "<name>7</name><ipv4><address><ip>" + std::string(1000000, 'x') + "</ip></address></ipv4>"));
+  EXPECT_EQ(error, "input:4: <ip> is \"" + std::string(60, 'x') +
+                       "...\": Not an IPv4 address with prefix length, such as 192.0.2.1/24.");
 }
 
 // Files that cannot be read. `file` is a name in a folder that the test makes.
@@ -313,7 +290,7 @@ TEST_F(UnreadableFile, BigFileOfAnotherKindIsNotReadToItsEnd) {
   std::ofstream(file) << "garbage";
   // As large as a file can be that has no more than a few bytes on the disk.
   std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
-  EXPECT_EQ(ErrorOfFile(file), file + ": neither XML nor JSON");
+  EXPECT_EQ(ErrorOfFile(file), file + ": neither XML nor JSON: binary data");
 }
 
 TEST_F(UnreadableFile, LargerThanTheLimit) {

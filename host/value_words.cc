@@ -1,0 +1,176 @@
+#include "value_words.h"
+
+#include <libyang/libyang.h>
+#include <libyang/plugins_types.h>
+
+#include <cstdint>
+
+namespace ipvald {
+namespace {
+
+// Types whose values libyang reads with the prefixes or the nodes of a whole configuration.
+bool NeedsConfiguration(const lysc_type* type) {
+  switch (type->basetype) {
+    case LY_TYPE_IDENT:
+    case LY_TYPE_INST:
+      return true;
+    case LY_TYPE_LEAFREF:
+      return NeedsConfiguration(reinterpret_cast<const lysc_type_leafref*>(type)->realtype);
+    case LY_TYPE_UNION: {
+      const auto* members = reinterpret_cast<const lysc_type_union*>(type)->types;
+      LY_ARRAY_COUNT_TYPE i;
+      LY_ARRAY_FOR(members, i) {
+        if (NeedsConfiguration(members[i])) return true;
+      }
+      return false;
+    }
+    default:
+      return false;
+  }
+}
+
+const lysc_type* TypeOf(const lysc_node* leaf) {
+  const lysc_type* type = leaf->nodetype == LYS_LEAF
+                              ? reinterpret_cast<const lysc_node_leaf*>(leaf)->type
+                              : reinterpret_cast<const lysc_node_leaflist*>(leaf)->type;
+  while (type->basetype == LY_TYPE_LEAFREF) {
+    type = reinterpret_cast<const lysc_type_leafref*>(type)->realtype;
+  }
+  return type;
+}
+
+bool IsNumber(LY_DATA_TYPE basetype) {
+  return basetype == LY_TYPE_INT8 || basetype == LY_TYPE_INT16 || basetype == LY_TYPE_INT32 ||
+         basetype == LY_TYPE_INT64 || basetype == LY_TYPE_UINT8 || basetype == LY_TYPE_UINT16 ||
+         basetype == LY_TYPE_UINT32 || basetype == LY_TYPE_UINT64;
+}
+
+bool IsUnsigned(LY_DATA_TYPE basetype) {
+  return basetype == LY_TYPE_UINT8 || basetype == LY_TYPE_UINT16 || basetype == LY_TYPE_UINT32 ||
+         basetype == LY_TYPE_UINT64;
+}
+
+std::string FromTo(const std::string& low, const std::string& high) {
+  return low == high ? low : "from " + low + " to " + high;
+}
+
+// What the width of the type leaves.
+std::string WidthWords(LY_DATA_TYPE basetype) {
+  switch (basetype) {
+    case LY_TYPE_INT8:
+      return FromTo(std::to_string(INT8_MIN), std::to_string(INT8_MAX));
+    case LY_TYPE_INT16:
+      return FromTo(std::to_string(INT16_MIN), std::to_string(INT16_MAX));
+    case LY_TYPE_INT32:
+      return FromTo(std::to_string(INT32_MIN), std::to_string(INT32_MAX));
+    case LY_TYPE_INT64:
+      return FromTo(std::to_string(INT64_MIN), std::to_string(INT64_MAX));
+    case LY_TYPE_UINT8:
+      return FromTo("0", std::to_string(UINT8_MAX));
+    case LY_TYPE_UINT16:
+      return FromTo("0", std::to_string(UINT16_MAX));
+    case LY_TYPE_UINT32:
+      return FromTo("0", std::to_string(UINT32_MAX));
+    default:
+      return FromTo("0", std::to_string(UINT64_MAX));
+  }
+}
+
+std::string NumberWords(const lysc_type* type) {
+  const lysc_range* range = reinterpret_cast<const lysc_type_num*>(type)->range;
+  std::string words = "a whole number ";
+  if (range == nullptr) return words + WidthWords(type->basetype);
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(range->parts, i) {
+    const auto& part = range->parts[i];
+    if (i > 0) words += " or ";
+    words += IsUnsigned(type->basetype)
+                 ? FromTo(std::to_string(part.min_u64), std::to_string(part.max_u64))
+                 : FromTo(std::to_string(part.min_64), std::to_string(part.max_64));
+  }
+  return words;
+}
+
+constexpr LY_ARRAY_COUNT_TYPE kShownWords = 12;  // of an enumeration
+
+std::string EnumerationWords(const lysc_type* type) {
+  const auto* enums = reinterpret_cast<const lysc_type_enum*>(type)->enums;
+  std::string words;
+  LY_ARRAY_COUNT_TYPE i;
+  LY_ARRAY_FOR(enums, i) {
+    if (i == kShownWords) return words + " or another of " + std::to_string(LY_ARRAY_COUNT(enums));
+    if (i > 0) words += i + 1 == LY_ARRAY_COUNT(enums) ? " or " : ", ";
+    words += enums[i].name;
+  }
+  return words;
+}
+
+// Empty for types whose values have no short description.
+std::string Words(const lysc_type* type) {
+  if (IsNumber(type->basetype)) return NumberWords(type);
+  if (type->basetype == LY_TYPE_ENUM) return EnumerationWords(type);
+  if (type->basetype == LY_TYPE_BOOL) return "true or false";
+  if (type->basetype == LY_TYPE_EMPTY) return "no value";
+  return "";
+}
+
+const char* ErrorMessageOf(const lysc_type* type) {
+  if (!IsNumber(type->basetype)) return nullptr;
+  const lysc_range* range = reinterpret_cast<const lysc_type_num*>(type)->range;
+  return range == nullptr ? nullptr : range->emsg;
+}
+
+}  // namespace
+
+std::string ValueFault(const ly_ctx* context, const lysc_node* leaf, std::string_view text) {
+  const lysc_type* type = TypeOf(leaf);
+  if (NeedsConfiguration(type)) return "";
+  const LY_ERR result =
+      lyd_value_validate(context, leaf, text.data(), text.size(), nullptr, nullptr, nullptr);
+  if (result == LY_SUCCESS || result == LY_EINCOMPLETE) return "";
+  const std::string words = Words(type);
+  if (words.empty()) {
+    const char* message = ly_errmsg(context);
+    return message == nullptr ? ", which is no value of its type" : ": " + std::string(message);
+  }
+  const char* own = ErrorMessageOf(type);
+  return ", but takes " + words + (own == nullptr ? "" : ": " + std::string(own));
+}
+
+std::string CanonicalValue(const ly_ctx* context, const lysc_node* leaf, std::string_view text) {
+  if (NeedsConfiguration(TypeOf(leaf))) return std::string(text);
+  const char* canonical = nullptr;
+  const LY_ERR result =
+      lyd_value_validate(context, leaf, text.data(), text.size(), nullptr, nullptr, &canonical);
+  if (result != LY_SUCCESS || canonical == nullptr) return std::string(text);
+  std::string value = canonical;
+  lydict_remove(context, canonical);
+  return value;
+}
+
+JsonForm JsonFormOf(const lysc_node* leaf) {
+  switch (TypeOf(leaf)->basetype) {
+    case LY_TYPE_INT8:
+    case LY_TYPE_INT16:
+    case LY_TYPE_INT32:
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+      return JsonForm::kNumber;
+    case LY_TYPE_BOOL:
+      return JsonForm::kBoolean;
+    case LY_TYPE_EMPTY:
+      return JsonForm::kEmpty;
+    case LY_TYPE_UNION:
+      return JsonForm::kAny;
+    default:
+      return JsonForm::kString;
+  }
+}
+
+std::string ValuesOf(const lysc_node* leaf) {
+  const std::string words = Words(TypeOf(leaf));
+  return words.empty() ? "a text" : words;
+}
+
+}  // namespace ipvald

@@ -64,6 +64,11 @@ struct Store {
     return result == 1;
   }
 
+  // Whether the path is there when it is itself the format.
+  int ExistsAsFormat(const std::string& path) const {
+    return maapi_exists(sock, thandle, path.c_str());
+  }
+
   // The value's type and text, or nothing when there is none to read.
   std::optional<std::string> Value(const std::string& path) const {
     confd_value_t value;
@@ -108,6 +113,26 @@ bool IsSamePlace(const confd_hkeypath_t* a, const confd_hkeypath_t* b) {
   return true;
 }
 
+// What a path is that is passed as the format: "%%" is "%", and any other "%" has no argument.
+std::optional<std::string> WithoutPercentTwice(const std::string& path) {
+  std::string text;
+  for (size_t i = 0; i < path.size(); ++i) {
+    text.push_back(path[i]);
+    if (path[i] != '%') continue;
+    if (i + 1 == path.size() || path[i + 1] != '%') return std::nullopt;
+    ++i;
+  }
+  return text;
+}
+
+void CheckFormat(const Store& store, const std::string& path) {
+  if (path.starts_with('%')) return;  // no path begins so, and arguments would be read
+  const auto text = WithoutPercentTwice(path);
+  const int result = store.ExistsAsFormat(path);
+  Require(text ? (result == 1) == store.Exists(*text) : result == CONFD_ERR,
+          "a path as the format is read without arguments: " + path);
+}
+
 void CheckPath(const Store& store, const std::string& path) {
   const auto resolved = Resolve(store, path);
   Require(store.Exists(path) == (resolved != nullptr), "exists when it resolves: " + path);
@@ -134,6 +159,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Callers pass C strings.
   const std::string path = std::string(reinterpret_cast<const char*>(data), size).c_str();
   CheckPath(store, path);
+  CheckFormat(store, path);
   Require(confd::OutstandingValues() == values_before, "values are released: " + path);
   return 0;
 }

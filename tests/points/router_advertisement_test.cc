@@ -152,15 +152,32 @@ TEST_F(RouterAdvertisement, KeypathOfAnotherShapeEndsTheProcess) {
                "`\\(&keypath->v\\[3\\]\\[0\\]\\)->type == C_BUF' failed\\.");
 }
 
-// The path is itself the format, so a "%" in the name would be taken for a conversion. The store
-// refuses such a format, and the timers count as not configured.
-TEST_F(RouterAdvertisement, NameWithPercentIsNotChecked) {
-  ConfigureEntry("mgmt", Entry("50%s", {600, 600, 1}));
-  EXPECT_EQ(Validate(kInterval, "/config/interface/mgmt{50%s}/ipv6/nd/ra"), "accepted");
-  const std::vector<std::string> log = {
-      "There is no path for '/config/interface/mgmt{50%s}/ipv6/nd/ra/max-interval' and "
-      "'/config/interface/mgmt{50%s}/ipv6/nd/ra/min-interval'. Skipping validation ..."};
+// The path is itself the format, so a "%" in the name is taken for a conversion. The store refuses
+// such a format, and the timers count as not configured.
+class RouterAdvertisementName : public RouterAdvertisement,
+                                public testing::WithParamInterface<const char*> {};
+
+TEST_P(RouterAdvertisementName, WithPercentIsNotChecked) {
+  const std::string name = GetParam();
+  const std::string ra = "/config/interface/mgmt{" + name + "}/ipv6/nd/ra";
+  ConfigureEntry("mgmt", Entry(name, {600, 600, 1}));
+  EXPECT_EQ(Validate(kInterval, ra), "accepted");
+  EXPECT_EQ(Validate(kLifetime, ra), "accepted");
+  const std::vector<std::string> log = {"There is no path for '" + ra + "/max-interval' and '" +
+                                            ra + "/min-interval'. Skipping validation ...",
+                                        "There is no path for '" + ra + "/max-interval' and '" +
+                                            ra + "/lifetime'. Skipping validation ..."};
   EXPECT_EQ(TakeLogLines(), log);
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, RouterAdvertisementName,
+                         testing::Values("%s", "%d", "%n", "%", "%%", "a%sb", "50%s", "100%"));
+
+// Deliberate: "%%" is a conversion, too, and the timers of the interface "%" are those read.
+TEST_F(RouterAdvertisement, NameWithPercentTwiceIsReadAsOnePercent) {
+  Configure(Device{.mgmt = Entry("%", {600, 600, 1}) + "," + Entry("%%", {600, 450, 1800})});
+  EXPECT_EQ(Validate(kInterval, "/config/interface/mgmt{%%}/ipv6/nd/ra"), kIntervalTooLarge);
+  EXPECT_EQ(Validate(kInterval, "/config/interface/mgmt{%}/ipv6/nd/ra"), "accepted");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "confd_cdb.h"
 #include "confd_maapi.h"
 #include "support/store_fixture.h"
 
@@ -396,35 +397,108 @@ const FormatCase kBadFormats[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Formats, BadFormat, testing::ValuesIn(kBadFormats), RowName<FormatCase>);
 
-// A path that was assembled and is then passed as the format itself: the keys of the configuration
-// guard it.
-class AssembledPath : public StoreTest, public testing::WithParamInterface<FormatCase> {};
+// A path that was assembled and is then passed as the format itself. Nobody passes arguments for
+// what looks like a conversion in one of its keys, so none may be read.
+struct AssembledCase {
+  const char* name;
+  const char* key;
+};
 
-TEST_P(AssembledPath, WithConversionInAKeyIsABadPath) {
-  Open(kConfiguration);
-  EXPECT_EQ(maapi_exists(sock_, thandle_, GetParam().format), CONFD_ERR);
-  EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
-  char buffer[8] = "kept";
-  EXPECT_EQ(maapi_get_str_elem(sock_, thandle_, buffer, sizeof(buffer), GetParam().format),
-            CONFD_ERR);
-  EXPECT_STREQ(buffer, "kept");
+std::ostream& operator<<(std::ostream& out, const AssembledCase& c) { return out << c.key; }
+
+class AssembledPath : public StoreTest, public testing::WithParamInterface<AssembledCase> {
+ protected:
+  // A configuration with one shelf, and one with that shelf and all the keys of the table.
+  void OpenWithoutKeys() { Open(R"({"store-sample:room":{"shelf":[{"name":"plain"}]}})"); }
+  void OpenWithKeys();
+
+  int ExistsAsFormat(const std::string& path) const {
+    return maapi_exists(sock_, thandle_, path.c_str());
+  }
+};
+
+const AssembledCase kConversions[] = {
+    {"String", "%s"},
+    {"StringInText", "a%sb"},
+    {"Number", "%d"},
+    {"Unsigned", "%u"},
+    {"Value", "%x"},
+    {"Values", "%*x"},
+    {"Keypath", "%h"},
+    {"KeypathInPart", "%*h"},
+    {"Ipv4", "%ip4"},
+    {"Ipv6", "%ip6"},
+    {"Write", "%n"},
+    {"Percent", "%"},
+    {"PercentBehindText", "100%"},
+    {"PercentThreeTimes", "%%%"},
+    {"ConversionBehindPercentTwice", "%%%s"},
+};
+
+void AssembledPath::OpenWithKeys() {
+  std::string shelves = R"({"name":"plain"})";
+  for (const AssembledCase& row : kConversions) {
+    shelves += std::string(R"(,{"name":")") + row.key + "\"}";
+  }
+  Open(R"({"store-sample:room":{"shelf":[)" + shelves + "]}}");
 }
 
-const FormatCase kAssembledPaths[] = {
-    {"StringConversion", "/room/shelf{%s}/material"},
-    {"WriteConversion", "/room/shelf{%n}/material"},
-    {"PercentBeforeBrace", "/room/shelf{100%}/material"},
-};
-INSTANTIATE_TEST_SUITE_P(Keys, AssembledPath, testing::ValuesIn(kAssembledPaths),
-                         RowName<FormatCase>);
+TEST_P(AssembledPath, WithAConversionInAKeyIsABadPath) {
+  const std::string path = std::string("/room/shelf{") + GetParam().key + "}/height";
+  for (const bool with_keys : {false, true}) {
+    with_keys ? OpenWithKeys() : OpenWithoutKeys();
+    EXPECT_EQ(ExistsAsFormat(path), CONFD_ERR);
+    EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
+    uint8_t height = 7;
+    EXPECT_EQ(maapi_get_u_int8_elem(sock_, thandle_, &height, path.c_str()), CONFD_ERR);
+    EXPECT_EQ(height, 7);
+    const int cdb = store_->OpenSocket();
+    ASSERT_EQ(cdb_start_session(cdb, CDB_RUNNING), CONFD_OK);
+    EXPECT_EQ(cdb_exists(cdb, path.c_str()), CONFD_ERR);
+    EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
+    EXPECT_EQ(cdb_end_session(cdb), CONFD_OK);
+  }
+}
 
-// The guard cannot tell an assembled path from a format that happens to spell out a key.
-TEST_F(StoreTest, FormatThatSpellsOutAKeyIsRefusedAlsoWithArguments) {
-  Open(kConfiguration);
-  EXPECT_EQ(maapi_exists(sock_, thandle_, "/room/shelf{%s}/material", "plain"), CONFD_ERR);
-  EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
-  Open(R"({"store-sample:room":{"shelf":[{"name":"plain"}]}})");
+// No key changes what a format with arguments reads.
+TEST_P(AssembledPath, KeyWithAConversionIsReadWithAFormat) {
+  OpenWithKeys();
   EXPECT_EQ(maapi_exists(sock_, thandle_, "/room/shelf{%s}/height", "plain"), 1);
+  EXPECT_EQ(maapi_exists(sock_, thandle_, "/room/shelf{%s}/height", GetParam().key), 1);
+  EXPECT_EQ(maapi_exists(sock_, thandle_, "/room/shelf{%s}/height", "absent"), 0);
+  EXPECT_EQ(maapi_exists(sock_, thandle_, "%s{%s}/height", "/room/shelf", GetParam().key), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, AssembledPath, testing::ValuesIn(kConversions),
+                         RowName<AssembledCase>);
+
+// As the real library formats it: the key "%%" is looked up as "%".
+TEST_F(AssembledPath, PercentTwiceIsOnePercent) {
+  OpenWithoutKeys();
+  EXPECT_EQ(ExistsAsFormat("/room/shelf{%%}/height"), 0);
+  Open(R"({"store-sample:room":{"shelf":[{"name":"%%"}]}})");
+  EXPECT_EQ(ExistsAsFormat("/room/shelf{%%}/height"), 0);
+  Open(R"({"store-sample:room":{"shelf":[{"name":"%"}]}})");
+  EXPECT_EQ(ExistsAsFormat("/room/shelf{%%}/height"), 1);
+}
+
+// Where a format is kept tells whether a program wrote it or made it.
+TEST_F(AssembledPath, OnlyConstantsOfTheProgramTakeArguments) {
+  Open(kConfiguration);
+  static constexpr char kConstant[] = "/room/shelf{%s}/material";
+  static char variable[] = "/room/shelf{%s}/material";
+  char local[] = "/room/shelf{%s}/material";
+  const std::string heap = "/room/shelf{%s}/material";
+  const std::string small = "/room{%s}";
+  EXPECT_EQ(maapi_exists(sock_, thandle_, kConstant, "plain"), 1);
+  for (const char* format : {static_cast<const char*>(variable), static_cast<const char*>(local),
+                             heap.c_str(), small.c_str()}) {
+    EXPECT_EQ(maapi_exists(sock_, thandle_, format, "plain"), CONFD_ERR) << format;
+    EXPECT_EQ(confd_errno, CONFD_ERR_BADPATH);
+  }
+  const std::string begins_with_conversion = "%s/shelf{%s}/material";
+  EXPECT_EQ(maapi_exists(sock_, thandle_, begins_with_conversion.c_str(), "/room", "plain"), 1)
+      << "no path begins like this";
 }
 
 }  // namespace

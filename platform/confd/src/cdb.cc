@@ -15,7 +15,7 @@ namespace {
 struct SessionCall {
   SessionCall(const char* function, int sock, const char* format, va_list args) {
     const LoadedSnapshot* session = FindCdbSession(sock);
-    const FormattedPath path(session, format, args);
+    const FormattedPath path(format, args);
     if (!BeginCall(function, path.view()) || session == nullptr || !path.is_valid()) return;
     place = FindPlace(*session, path.view());
     configuration = session;

@@ -23,8 +23,7 @@ namespace {
 // path up. `place` is empty when one of these failed; the error is set then.
 struct TransactionCall {
   TransactionCall(const char* function, int sock, int thandle, const char* format, va_list args)
-      : transaction(FindTransaction(sock, thandle)),
-        path(transaction == nullptr ? nullptr : transaction->candidate.get(), format, args) {
+      : transaction(FindTransaction(sock, thandle)), path(format, args) {
     if (!BeginCall(function, path.view()) || transaction == nullptr || !path.is_valid()) return;
     place = FindPlace(*transaction->candidate, path.view());
   }

@@ -8,6 +8,7 @@
 
 #include "confd_lib.h"
 #include "errors.h"
+#include "program_text.h"
 #include "value.h"
 
 namespace confd {
@@ -28,13 +29,10 @@ std::string KeysText(const confd_value_t* keys, int count) {
   return text;
 }
 
-bool SpellsOutKeyWithPercent(const LoadedSnapshot& configuration, std::string_view format) {
-  if (!format.starts_with('/') || format.find('%') == std::string_view::npos) return false;
-  for (const std::string& key : configuration.KeysWithPercent()) {
-    if (format.find("{" + key + "}") != std::string_view::npos) return true;
-  }
-  return false;
-}
+// Whether arguments can stand behind `format` for its conversions. They do where a program wrote
+// the format down, and behind a format that begins with a conversion, as no path does. A path that
+// a program assembled and passes as the format has none: a "%" in it comes from a key.
+bool ComesWithArguments(const char* format) { return *format == '%' || IsProgramText(format); }
 
 constexpr size_t kUsualPathLength = 200;  // longer ones only take an allocation
 
@@ -234,12 +232,7 @@ class PathReader {
 
 }  // namespace
 
-FormattedPath::FormattedPath(const LoadedSnapshot* configuration, const char* format,
-                             va_list args) {
-  if (configuration != nullptr && SpellsOutKeyWithPercent(*configuration, format)) {
-    Fail(CONFD_ERR_BADPATH, std::string("a key is taken for a format in ") + format);
-    return;
-  }
+FormattedPath::FormattedPath(const char* format, va_list args) {
   text_.reserve(kUsualPathLength);
   is_valid_ = Append(format, args);
   if (!is_valid_) text_.clear();
@@ -251,6 +244,14 @@ bool FormattedPath::Append(const char* format, va_list args) {
     text_.append(c, conversion);
     if (*conversion == '\0') return true;
     c = conversion + 1;
+    if (*c == '%') {
+      text_.push_back('%');
+      continue;
+    }
+    if (!ComesWithArguments(format)) {
+      Fail(CONFD_ERR_BADPATH, std::string("a key is taken for a conversion in ") + format);
+      return false;
+    }
     const bool counted = *c == '*';
     const int count = counted ? va_arg(args, int) : 1;
     if (counted) ++c;
@@ -265,8 +266,6 @@ bool FormattedPath::Append(const char* format, va_list args) {
       text_ += std::to_string(va_arg(args, int));
     } else if (!counted && *c == 'u') {
       text_ += std::to_string(va_arg(args, unsigned));
-    } else if (!counted && *c == '%') {
-      text_.push_back('%');
     } else if (!counted && strncmp(c, "ip4", 3) == 0) {
       text_ += AddressText(AF_INET, va_arg(args, const in_addr*));
       c += 2;

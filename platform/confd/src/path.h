@@ -17,12 +17,16 @@ namespace confd {
 
 /// A path formatted from a format and its arguments: %s %d %u %x %*x %h %*h %ip4 %ip6 %%. Anything
 /// else is an error. Paths of usual length take no memory from the heap, as every call makes one.
+///
+/// A path that a program assembled can be the format itself, and then a "%" in one of its keys
+/// looks like a conversion, for which nobody passed an argument. How many there are cannot be told
+/// in C, but whether the format is a constant of a program can. So only these formats read
+/// arguments: constants, and what begins with a conversion, as no path does. Any other with a
+/// conversion, except
+/// %%, is an error, whatever the configuration holds.
 class FormattedPath {
  public:
-  /// @param configuration  guards against a key that is taken for a format: a format that spells
-  ///                       out one of its keys with a "%" in it is refused, as it would read
-  ///                       arguments that nobody gave; null: no guard
-  FormattedPath(const LoadedSnapshot* configuration, const char* format, va_list args);
+  FormattedPath(const char* format, va_list args);
   FormattedPath(const FormattedPath&) = delete;
   FormattedPath& operator=(const FormattedPath&) = delete;
 

@@ -234,20 +234,4 @@ const lyd_node* LoadedSnapshot::Counterpart(const lyd_node* node) const {
   return Child(parent, node->schema);
 }
 
-const std::vector<std::string>& LoadedSnapshot::KeysWithPercent() const {
-  if (keys_with_percent_) return *keys_with_percent_;
-  keys_with_percent_.emplace();
-  for (const lyd_node* top = tree_.get(); top != nullptr; top = top->next) {
-    const lyd_node* node = nullptr;
-    LYD_TREE_DFS_BEGIN(top, node) {
-      if (lysc_is_key(node->schema)) {
-        const std::string_view text = lyd_get_value(node);
-        if (text.find('%') != std::string_view::npos) keys_with_percent_->emplace_back(text);
-      }
-      LYD_TREE_DFS_END(top, node);
-    }
-  }
-  return *keys_with_percent_;
-}
-
 }  // namespace confd

@@ -6,7 +6,6 @@
 
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -88,9 +87,6 @@ class LoadedSnapshot : public Snapshot {
   /// The index of a list or leaf-list below `parent`. Valid as long as the snapshot.
   const ListIndex& List(const lyd_node* parent, const lysc_node* list) const;
 
-  /// Key texts of all entries that hold a "%". Collected at the first call.
-  const std::vector<std::string>& KeysWithPercent() const;
-
   LastPath& last_path() const { return last_path_; }
 
  private:
@@ -121,7 +117,6 @@ class LoadedSnapshot : public Snapshot {
   mutable ListId last_list_id_{};
   mutable const ListIndex* last_list_ = nullptr;  // asked for last
   mutable std::map<std::pair<const lysc_node*, const lysc_node*>, Way> ways_;
-  mutable std::optional<std::vector<std::string>> keys_with_percent_;
   mutable LastPath last_path_;
 };
 

@@ -137,14 +137,15 @@ bool WriteAll(int fd, std::string_view bytes) {
 class ChildWatch {
  public:
   ChildWatch(pid_t child, const OrphanKeeper& orphans, Descriptor results, Descriptor output,
-             const sigset_t* signals, std::chrono::seconds timeout)
+             const sigset_t* signals, std::chrono::seconds timeout, uint32_t calls)
       : child_(child),
         orphans_(orphans),
         results_(std::move(results)),
         output_(std::move(output)),
         signals_(signalfd(-1, signals, SFD_CLOEXEC | SFD_NONBLOCK)),
         timeout_(timeout),
-        deadline_(Clock::now() + timeout) {
+        deadline_(Clock::now() + timeout),
+        protocol_(calls) {
     fcntl(results_.get(), F_SETFL, O_NONBLOCK);
     fcntl(output_.get(), F_SETFL, O_NONBLOCK);
   }
@@ -153,21 +154,23 @@ class ChildWatch {
   ChildWatch& operator=(const ChildWatch&) = delete;
 
   PluginRun Watch(const std::string& plugin) {
-    while (!exited_ && run_.failure.empty()) WaitForEvent();
+    while (!exited_ && run().failure.empty()) WaitForEvent();
     KillGroup();
     // What the child wrote before it ended is still in the pipes.
     ReadResults();
     ReadOutput();
-    if (unusable_) throw LocatedError(DisplayName(plugin), 0, *unusable_);
-    if (run_.failure.empty()) run_.failure = FailureFromStatus();
-    return std::move(run_);
+    if (run().failure.empty()) {
+      if (protocol_.unusable()) throw LocatedError(DisplayName(plugin), 0, *protocol_.unusable());
+      run().failure = FailureFromEnd();
+    }
+    return std::move(run());
   }
 
  private:
   void WaitForEvent() {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now());
     if (left.count() <= 0) {
-      run_.failure = "no answer within " + std::to_string(timeout_.count()) + " s";
+      run().failure = "no answer within " + std::to_string(timeout_.count()) + " s";
       return;
     }
     std::array<pollfd, 3> watched{
@@ -211,26 +214,27 @@ class ChildWatch {
 
   void ReadOutput() {
     Drain(output_, [this](std::string_view bytes) {
-      run_.output.append(bytes);
-      if (run_.output.size() > 2 * kKeptOutput) TrimOutput();
+      run().output.append(bytes);
+      if (run().output.size() > 2 * kKeptOutput) TrimOutput();
     });
     TrimOutput();
   }
 
   void TrimOutput() {
-    if (run_.output.size() > kKeptOutput) run_.output.erase(0, run_.output.size() - kKeptOutput);
+    std::string& output = run().output;
+    if (output.size() > kKeptOutput) output.erase(0, output.size() - kKeptOutput);
   }
 
   void ReadResults() {
     Drain(results_, [this](std::string_view bytes) { reader_.Append(bytes); });
     try {
-      while (run_.failure.empty()) {
-        const std::optional<Record> record = reader_.Next();
+      while (run().failure.empty()) {
+        std::optional<Record> record = reader_.Next();
         if (!record) return;
-        std::visit([this](const auto& alternative) { Take(alternative); }, *record);
+        protocol_.Take(std::move(*record));
       }
     } catch (const std::runtime_error& error) {
-      run_.failure = std::string("damaged results: ") + error.what();
+      run().failure = std::string("damaged results: ") + error.what();
     }
   }
 
@@ -251,34 +255,20 @@ class ChildWatch {
     }
   }
 
-  void Take(const StageRecord& record) { run_.stage = record.stage; }
-  void Take(const BeginRecord& record) {
-    if (record.call != run_.ended.size()) throw std::runtime_error("a call out of turn");
-    run_.in_call = record.call;
-    run_.stage.clear();
-  }
-  void Take(const EndRecord& record) {
-    if (run_.in_call != record.call) throw std::runtime_error("an answer out of turn");
-    run_.in_call.reset();
-    run_.ended.push_back(record);
-  }
-  void Take(const UnusableRecord& record) { unusable_ = record.reason; }
-  void Take(const FailedRecord& record) { run_.failure = OneLine(record.reason); }
-  void Take(const DoneRecord& record) {
-    run_.open_cursors = record.open_cursors;
-    done_ = true;
-  }
-
-  std::string FailureFromStatus() const {
+  std::string FailureFromEnd() const {
     if (WIFSIGNALED(status_)) {
       const int signal = WTERMSIG(status_);
       return "killed by signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
     }
     const int status = WEXITSTATUS(status_);
     if (status == kLostResultsStatus) return "the results could not be passed on";
-    if (!done_ || status != 0) return "the process ended with status " + std::to_string(status);
-    return "";
+    if (!protocol_.is_done() || status != 0) {
+      return "the process ended with status " + std::to_string(status);
+    }
+    return reader_.has_rest() ? "damaged results: a result record behind the end" : "";
   }
+
+  PluginRun& run() { return protocol_.run(); }
 
   pid_t child_;
   const OrphanKeeper& orphans_;
@@ -288,9 +278,7 @@ class ChildWatch {
   std::chrono::seconds timeout_;
   Clock::time_point deadline_;
   RecordReader reader_;
-  PluginRun run_;
-  std::optional<std::string> unusable_;
-  bool done_ = false;
+  PluginProtocol protocol_;
   bool exited_ = false;
   bool reaped_ = false;
   int status_ = 0;
@@ -315,7 +303,7 @@ PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout) {
   results.writer.Close();
   output.writer.Close();
   ChildWatch watch(child, orphans, std::move(results.reader), std::move(output.reader),
-                   blocked.set(), timeout);
+                   blocked.set(), timeout, static_cast<uint32_t>(task.calls.size()));
   return watch.Watch(task.plugin);
 }
 

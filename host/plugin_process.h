@@ -4,25 +4,12 @@
 #define HOST_PLUGIN_PROCESS_H_
 
 #include <chrono>
-#include <optional>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-#include "plugin_records.h"
+#include "plugin_protocol.h"
 #include "plugin_session.h"
 
 namespace ipvald {
-
-/// What became of the calls of a PluginTask.
-struct PluginRun {
-  std::vector<EndRecord> ended;     // calls that came back, in the order of the task
-  std::optional<uint32_t> in_call;  // call that was running when the plug-in failed
-  std::string stage;                // otherwise the entry point it was in, for example "lib_init"
-  std::string failure;              // why the plug-in failed, one line; empty when all went well
-  std::string output;  // last 64 KiB of what it wrote to standard output and standard error
-  uint32_t open_cursors = 0;
-};
 
 /// SIGINT, SIGTERM or SIGHUP came while the plug-in ran; the child is gone.
 class Interrupted : public std::runtime_error {

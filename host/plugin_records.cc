@@ -60,7 +60,8 @@ class Encoder {
 
 class Decoder {
  public:
-  explicit Decoder(std::string_view bytes) : rest_(bytes) {}
+  /// @param room  bytes that what is decoded may take; what it takes is subtracted
+  Decoder(std::string_view bytes, size_t& room) : rest_(bytes), room_(room) {}
 
   template <typename Number>
   void Get(Number& number) requires std::is_arithmetic_v<Number> {
@@ -69,7 +70,9 @@ class Decoder {
   void Get(std::string& text) {
     uint32_t size = 0;
     Get(size);
-    text = Take(size);
+    const std::string_view taken = Take(size);
+    Occupy(taken.size());
+    text = taken;
   }
   void Get(framework::Fault& fault) {
     Get(fault.level);
@@ -82,14 +85,18 @@ class Decoder {
   void Get(std::optional<T>& value) {
     uint8_t present = 0;
     Get(present);
+    if (present > 1) throw std::runtime_error("a flag in a result record is neither 0 nor 1");
     if (present != 0) Get(value.emplace());
   }
   template <typename T>
   void Get(std::vector<T>& values) {
     uint32_t size = 0;
     Get(size);
-    // Each element takes bytes, so a false size runs out of them before it runs out of memory.
-    for (uint32_t i = 0; i < size; ++i) Get(values.emplace_back());
+    // A false size runs out of bytes or of room before it runs out of memory.
+    for (uint32_t i = 0; i < size; ++i) {
+      Occupy(sizeof(T));
+      Get(values.emplace_back());
+    }
   }
 
   void Get(StageRecord& record) { Get(record.stage); }
@@ -110,6 +117,11 @@ class Decoder {
   bool at_end() const { return rest_.empty(); }
 
  private:
+  void Occupy(size_t bytes) {
+    if (bytes > room_) throw std::runtime_error("the result records are too large together");
+    room_ -= bytes;
+  }
+
   std::string_view Take(size_t size) {
     if (size > rest_.size()) throw std::runtime_error("a result record is too short");
     const std::string_view taken = rest_.substr(0, size);
@@ -118,6 +130,7 @@ class Decoder {
   }
 
   std::string_view rest_;
+  size_t& room_;
 };
 
 // The alternative number `kind` of Record, read from `decoder`.
@@ -144,6 +157,12 @@ std::string Encode(const Record& record) {
   return framed.Take();
 }
 
+void RecordReader::Append(std::string_view bytes) {
+  buffer_.erase(0, read_);
+  read_ = 0;
+  buffer_.append(bytes);
+}
+
 std::optional<Record> RecordReader::Next() {
   const std::string_view unread = std::string_view(buffer_).substr(read_);
   uint32_t size = 0;
@@ -152,17 +171,13 @@ std::optional<Record> RecordReader::Next() {
   if (size > kMaxRecordSize) throw std::runtime_error("a result record is too large");
   if (unread.size() < sizeof(size) + size) return std::nullopt;
 
-  Decoder decoder(unread.substr(sizeof(size), size));
+  Decoder decoder(unread.substr(sizeof(size), size), room_);
   uint8_t kind = 0;
   decoder.Get(kind);
   Record record = DecodeAs(kind, decoder);
   if (!decoder.at_end()) throw std::runtime_error("a result record is too long");
 
   read_ += sizeof(size) + size;
-  if (read_ == buffer_.size()) {
-    buffer_.clear();
-    read_ = 0;
-  }
   return record;
 }
 

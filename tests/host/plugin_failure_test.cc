@@ -20,6 +20,8 @@ namespace {
 
 using testing::HasSubstr;
 
+constexpr bool kSanitized = !std::string_view(IPAV_SANITIZE).empty();
+
 const std::string kCandidate = IPAV_SOURCE_DIR "/examples/ra-running.json";
 
 ProgramResult Misbehave(const std::string& order, const std::string& format = "text",
@@ -70,6 +72,59 @@ const FailureCase kFailures[] = {
     {"AbortInFinish", "lib_finish:abort", "stage:      lib_finish\n",
      "killed by signal 6 (Aborted)"},
     {"FinishReturns7", "lib_finish:return-7", "stage:      lib_finish\n", "lib_finish returned 7"},
+    // Results that the plug-in writes in the host's name.
+    {"BeginOfACallThatThereIsNot", "validate:forge-begin-far", kFirstCall,
+     "impossible result: begin of call 4000000000 in call 0"},
+    {"EndOfACallThatThereIsNot", "validate:forge-end-far", kFirstCall,
+     "impossible result: end of call 4000000000 in call 0"},
+    {"BeginOfTheCallItIsIn", "validate:forge-begin-now", kFirstCall,
+     "impossible result: begin of call 0 in call 0"},
+    {"BeginInACall", "validate:forge-begin-next", kFirstCall,
+     "impossible result: begin of call 1 in call 0"},
+    {"EndOfALaterCall", "validate:forge-end-next", kFirstCall,
+     "impossible result: end of call 1 in call 0"},
+    {"CallThatThereIsNot", "validate:forge-begin-and-end-far", "stage:      \n",
+     "impossible result: begin of call 4000000000 before call 1"},
+    {"AnswersToMoreThanAllCalls", "validate:forge-all-and-more", "stage:      \n",
+     "impossible result: begin of call 26 behind the last call"},
+    {"BeginAfterARefusal", "validate:forge-begin-after-refusal-exit", "stage:      \n",
+     "impossible result: begin of call 1 behind the last call"},
+    {"AcceptedBeforeTheRefusal", "validate:forge-end-now-refuse", "stage:      \n",
+     "impossible result: end of call 0 before call 1"},
+    {"AcceptedAndExit", "validate:forge-end-now-exit", "stage:      \n",
+     "the process ended with status 0"},
+    {"DoneInACall", "validate:forge-done-exit", kFirstCall, "impossible result: done in call 0"},
+    {"DoneBeforeAllAreAnswered", "validate:forge-done-after-answer-exit", "stage:      \n",
+     "impossible result: done before call 1"},
+    {"FinishBeforeAllAreAnswered", "validate:forge-finish-exit", "stage:      \n",
+     "impossible result: stage lib_finish before call 1"},
+    {"RestOfTheRunBeforeAllAreAnswered", "validate:forge-rest-of-the-run-exit", "stage:      \n",
+     "impossible result: stage lib_finish before call 1"},
+    {"UnusableInACall", "validate:forge-unusable-exit", kFirstCall,
+     "impossible result: plug-in unusable in call 0"},
+    {"StageInACall", "validate:forge-stage-again-exit", kFirstCall,
+     "impossible result: stage lib_init in call 0"},
+    {"FailedInACall", "validate:forge-failed-exit", kFirstCall, "forged"},
+    {"FailedWithoutReason", "validate:forge-failed-without-reason-exit", kFirstCall,
+     "the process ended with status 0"},
+    {"PartOfARecord", "validate:forge-part-exit", kFirstCall, "the process ended with status 0"},
+    {"FalseLength", "validate:forge-false-length", kFirstCall, "the process ended with status 0"},
+    {"EndWithoutBegin", "lib_init:forge-end-now-exit", "stage:      lib_init\n",
+     "impossible result: end of call 0 before call 0"},
+    {"EndBeforeTheFirstEntryPoint", "loading:forge-end-now", "stage:      loading\n",
+     "impossible result: end of call 0 in stage loading"},
+    {"DoneWhileLoading", "loading:forge-done-exit", "stage:      loading\n",
+     "impossible result: done in stage loading"},
+    {"DoneInName", "get_validation_point:forge-done-exit", "stage:      get_validation_point\n",
+     "impossible result: done in stage get_validation_point"},
+    {"DoneInInit", "lib_init:forge-done-exit", "stage:      lib_init\n",
+     "impossible result: done before call 0"},
+    {"DoneInFinish", "lib_finish:forge-done-exit", "stage:      lib_finish\n",
+     "impossible result: done in stage lib_finish"},
+    {"BeginInFinish", "lib_finish:forge-begin-now", "stage:      lib_finish\n",
+     "impossible result: begin of call 0 in stage lib_finish"},
+    {"EndInFinish", "lib_finish:forge-end-far", "stage:      lib_finish\n",
+     "impossible result: end of call 4000000000 in stage lib_finish"},
 };
 
 class PluginFailure : public testing::TestWithParam<FailureCase> {};
@@ -130,6 +185,21 @@ TEST(PluginOutput, OnlyTheEndOfMuchIsKept) {
   const std::string output = nlohmann::json::parse(result.out)["output"];
   EXPECT_EQ(output.size(), 65536u);
   EXPECT_EQ(output.substr(output.size() - 15), "...\nlast words\n");
+}
+
+// Sixty MiB for each of the calls, and for as many more as the host would take.
+TEST(PluginResults, WithoutEndDoNotFillTheMemory) {
+  const ProgramResult result =
+      RunProgram({IPAV_IPVALD, "check", "--plugin", IPAV_MISBEHAVING_PLUGIN, kCandidate},
+                 {"", {"MISBEHAVE=validate:forge-flood"}});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(
+      result.out,
+      HasSubstr("\ndiagnostic: damaged results: the result records are too large together\n"));
+  if (!kSanitized) {
+    EXPECT_LT(result.peak_memory_kib, 512 * 1024);
+  }
 }
 
 TEST(PluginProcess, WhatItLeavesBehindIsEnded) {

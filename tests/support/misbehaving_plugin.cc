@@ -14,6 +14,7 @@
 
 #include "confd_dp.h"
 #include "confd_maapi.h"
+#include "forged_results.h"
 #include "process_tricks.h"
 #include "ztconfd.h"
 #include "ztmw.h"
@@ -71,6 +72,7 @@ void Misbehave(const std::string& how) {
   }
   if (how == "signal-host") kill(getppid(), SIGTERM);
   PlayProcessTrick(how);
+  ForgeResults(how);
 }
 
 // What to do in `where`, "" for nothing.
@@ -89,7 +91,8 @@ constexpr int kNone = 1000;
 int ResultFor(confd_trans_ctx* tctx, const std::string& how) {
   if (how == "return-7") return 7;
   if (how == "refuse-silently") return CONFD_ERR;
-  if (how == "refuse") {
+  if (how == "refuse" || how.ends_with("-refuse")) {
+    ForgeResults(how.substr(0, how.rfind("-refuse")));
     confd_trans_seterr(tctx, "%s", "refused on order");
     return CONFD_ERR;
   }

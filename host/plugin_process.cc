@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
@@ -13,6 +14,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -27,11 +29,22 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr size_t kKeptOutput = 65536;   // bytes of the plug-in's own output
-constexpr int kResultDescriptor = 200;  // lowest number for the result pipe, out of a plug-in's way
-constexpr int kLostResultsStatus = 125;  // of a child that cannot report any more
+constexpr int kResultDescriptor = 200;  // number for the result pipe, out of a plug-in's way
 
-[[noreturn]] void ThrowErrno(const char* what) {
-  throw std::system_error(errno, std::generic_category(), what);
+// Statuses of a child that cannot report why it ends.
+constexpr int kTooFewDescriptorsStatus = 123;
+constexpr int kOutOfMemoryStatus = 124;
+constexpr int kLostResultsStatus = 125;
+
+// Bytes of address space that must be left before a plug-in is loaded: the loader would otherwise
+// say that the file cannot be mapped.
+constexpr size_t kLoadingRoom = size_t{4} << 20;
+
+// Says what this process has too little of, in words that tell what to change.
+[[noreturn]] void ThrowShortage(int error, const char* what) {
+  if (error == EMFILE) what = "too few file descriptors (ulimit -n)";
+  if (error == ENOMEM) what = "out of memory (ulimit -v)";
+  throw std::system_error(error, std::generic_category(), what);
 }
 
 // A file descriptor that is closed when it goes out of scope.
@@ -60,8 +73,24 @@ struct Pipe {
 
 Pipe MakePipe() {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) ThrowErrno("pipe");
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) ThrowShortage(errno, "pipe");
   return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+Descriptor MakeSignalDescriptor(const sigset_t* signals) {
+  const int fd = signalfd(-1, signals, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (fd < 0) ThrowShortage(errno, "signalfd");
+  return Descriptor(fd);
+}
+
+rlim_t Limit(int resource) {
+  rlimit limit{};
+  return getrlimit(static_cast<__rlimit_resource_t>(resource), &limit) == 0 ? limit.rlim_cur
+                                                                            : RLIM_INFINITY;
+}
+
+bool IsMemoryLimited() {
+  return Limit(RLIMIT_AS) != RLIM_INFINITY || Limit(RLIMIT_DATA) != RLIM_INFINITY;
 }
 
 bool IsIgnored(int signal) {
@@ -103,6 +132,30 @@ bool WriteAll(int fd, std::string_view bytes) {
   return true;
 }
 
+// Closes all descriptors but the standard ones and `result_fd`, for which it returns another: out
+// of a plug-in's way where the limit allows.
+int KeepOnly(int result_fd) {
+  constexpr int kFirst = STDERR_FILENO + 1;
+  if (result_fd > kFirst) close_range(kFirst, static_cast<unsigned>(result_fd - 1), 0);
+  close_range(static_cast<unsigned>(result_fd + 1), ~0U, 0);
+  const auto highest =
+      static_cast<int>(std::min<rlim_t>(Limit(RLIMIT_NOFILE) - 1, kResultDescriptor));
+  if (result_fd >= highest) return result_fd;
+  const int results = fcntl(result_fd, F_DUPFD_CLOEXEC, highest);
+  if (results < 0) _exit(kTooFewDescriptorsStatus);
+  close(result_fd);
+  return results;
+}
+
+// Ends the process where `new` would throw: under a limit that is no fault of the plug-in's.
+void LeaveWhenMemoryRunsOut() {
+  std::set_new_handler([] { _exit(kOutOfMemoryStatus); });
+  void* room =
+      mmap(nullptr, kLoadingRoom, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (room == MAP_FAILED) _exit(kOutOfMemoryStatus);
+  munmap(room, kLoadingRoom);
+}
+
 // The child's life from fork to end.
 [[noreturn]] void RunChild(const PluginTask& task, pid_t parent, int result_fd, int output_fd) {
   setpgid(0, 0);
@@ -113,15 +166,17 @@ bool WriteAll(int fd, std::string_view bytes) {
   setrlimit(RLIMIT_CORE, &no_core_file);
   std::signal(SIGPIPE, SIG_DFL);
 
-  const int null_fd = open("/dev/null", O_RDONLY);
-  if (null_fd >= 0) dup2(null_fd, STDIN_FILENO);
   dup2(output_fd, STDOUT_FILENO);
   dup2(output_fd, STDERR_FILENO);
-  const int results = fcntl(result_fd, F_DUPFD_CLOEXEC, kResultDescriptor);
-  if (results < 0) _exit(kLostResultsStatus);
-  // Whatever else is open here is no business of the plug-in's.
-  close_range(STDERR_FILENO + 1, static_cast<unsigned>(results - 1), 0);
-  close_range(static_cast<unsigned>(results + 1), ~0U, 0);
+  const int results = KeepOnly(result_fd);
+  // Needs the one descriptor more that loading the plug-in needs, too.
+  const int null_fd = open("/dev/null", O_RDONLY);
+  if (null_fd < 0 && errno == EMFILE) _exit(kTooFewDescriptorsStatus);
+  if (null_fd >= 0) {
+    dup2(null_fd, STDIN_FILENO);
+    close(null_fd);
+  }
+  if (IsMemoryLimited()) LeaveWhenMemoryRunsOut();
 
   // A plug-in that forks comes back twice, and only the first process speaks for it.
   const pid_t self = getpid();
@@ -137,12 +192,12 @@ bool WriteAll(int fd, std::string_view bytes) {
 class ChildWatch {
  public:
   ChildWatch(pid_t child, const OrphanKeeper& orphans, Descriptor results, Descriptor output,
-             const sigset_t* signals, std::chrono::seconds timeout, uint32_t calls)
+             Descriptor signals, std::chrono::seconds timeout, uint32_t calls)
       : child_(child),
         orphans_(orphans),
         results_(std::move(results)),
         output_(std::move(output)),
-        signals_(signalfd(-1, signals, SFD_CLOEXEC | SFD_NONBLOCK)),
+        signals_(std::move(signals)),
         timeout_(timeout),
         deadline_(Clock::now() + timeout),
         protocol_(calls) {
@@ -160,6 +215,7 @@ class ChildWatch {
     ReadResults();
     ReadOutput();
     if (run().failure.empty()) {
+      ThrowIfTooLittleWasLeft();
       if (protocol_.unusable()) throw LocatedError(DisplayName(plugin), 0, *protocol_.unusable());
       run().failure = FailureFromEnd();
     }
@@ -255,6 +311,17 @@ class ChildWatch {
     }
   }
 
+  // Believes the child's word only where the plug-in could not have ended the process like this, or
+  // where there is a limit that it could have met.
+  void ThrowIfTooLittleWasLeft() const {
+    if (!WIFEXITED(status_)) return;
+    const int status = WEXITSTATUS(status_);
+    if (status == kTooFewDescriptorsStatus && !protocol_.has_begun()) {
+      ThrowShortage(EMFILE, "plug-in process");
+    }
+    if (status == kOutOfMemoryStatus && IsMemoryLimited()) ThrowShortage(ENOMEM, "plug-in process");
+  }
+
   std::string FailureFromEnd() const {
     if (WIFSIGNALED(status_)) {
       const int signal = WTERMSIG(status_);
@@ -287,14 +354,15 @@ class ChildWatch {
 }  // namespace
 
 PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout) {
-  Pipe results = MakePipe();
-  Pipe output = MakePipe();
   const BlockedSignals blocked;
   const OrphanKeeper orphans;
+  Pipe results = MakePipe();
+  Pipe output = MakePipe();
+  Descriptor signals = MakeSignalDescriptor(blocked.set());
   const pid_t parent = getpid();
   std::fflush(nullptr);  // or the child would write once more what is still buffered
   const pid_t child = fork();
-  if (child < 0) ThrowErrno("fork");
+  if (child < 0) ThrowShortage(errno, "no process can be started (ulimit -u)");
   if (child == 0) {
     blocked.Restore();
     RunChild(task, parent, results.writer.get(), output.writer.get());
@@ -303,7 +371,7 @@ PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout) {
   results.writer.Close();
   output.writer.Close();
   ChildWatch watch(child, orphans, std::move(results.reader), std::move(output.reader),
-                   blocked.set(), timeout, static_cast<uint32_t>(task.calls.size()));
+                   std::move(signals), timeout, static_cast<uint32_t>(task.calls.size()));
   return watch.Watch(task.plugin);
 }
 

@@ -26,7 +26,8 @@ class Interrupted : public std::runtime_error {
 /// ignored.
 /// @throws InputError         the file is no plug-in
 /// @throws Interrupted        a signal asked this process to stop
-/// @throws std::system_error  no child could be started
+/// @throws std::system_error  no child could be started, or a limit left too few file descriptors
+///                            or too little memory for it; what() names the limit
 PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout);
 
 }  // namespace ipvald

@@ -57,6 +57,10 @@ const FailureCase kFailures[] = {
     {"Exit", "validate:exit", kFirstCall, "the process ended with status 0"},
     {"QuickExit", "validate:quick-exit", kFirstCall, "the process ended with status 0"},
     {"ExitWithStatus", "validate:exit-9", kFirstCall, "the process ended with status 9"},
+    // With these the host's own part of the process says that it has too little of something.
+    {"ExitAsWithTooFewDescriptors", "validate:exit-123", kFirstCall,
+     "the process ended with status 123"},
+    {"ExitAsWithoutMemory", "validate:exit-124", kFirstCall, "the process ended with status 124"},
     {"CloseDescriptors", "validate:close", kFirstCall, "the results could not be passed on"},
     {"Garbage", "validate:garbage", kFirstCall, "damaged results: a result record is too large"},
     {"Return7", "validate:return-7", kFirstCall, "validate returned 7"},

@@ -58,6 +58,8 @@ void Misbehave(const std::string& how) {
   if (how == "exit") std::exit(0);
   if (how == "quick-exit") _exit(0);
   if (how == "exit-9") _exit(9);
+  if (how == "exit-123") _exit(123);
+  if (how == "exit-124") _exit(124);
   if (how == "close") CloseDescriptors();
   if (how == "garbage") WriteGarbage();
   if (how == "leave-process") LeaveProcessBehind();

@@ -85,6 +85,30 @@ TEST_F(YangFolder, MustHoldTheImports) {
   EXPECT_TRUE(LoadError().starts_with("YANG module lonely: ")) << LoadError();
 }
 
+TEST_F(YangFolder, ImportsAreNotTakenFromTheCurrentFolder) {
+  namespace fs = std::filesystem;
+  AddFile("lonely.yang",
+          "module lonely { namespace \"urn:l\"; prefix l; import absent { prefix a; } }");
+  const std::string alone = LoadError();
+  const fs::path here = path_.string() + "-here";
+  fs::create_directories(here);
+  std::ofstream(here / "absent.yang") << "module absent { namespace \"urn:a\"; prefix a; }";
+  const fs::path before = fs::current_path();
+  fs::current_path(here);
+  EXPECT_EQ(LoadError(), alone);
+  fs::current_path(before);
+  AddFile("absent.yang", "module absent { namespace \"urn:a\"; prefix a; }");
+  EXPECT_EQ(LoadError(), "loaded") << "nothing else was wrong with it";
+  fs::remove_all(here);
+}
+
+TEST_F(YangFolder, MayHaveColonsInItsName) {
+  const std::filesystem::path folder = path_ / ":a::b:";
+  std::filesystem::create_directory(folder);
+  std::ofstream(folder / "plain.yang") << "module plain { namespace \"urn:p\"; prefix p; }";
+  EXPECT_EQ(Schema::Load(folder)->validation_points().size(), 0u);
+}
+
 std::string Container(int levels) {
   return levels == 0
              ? "leaf end { type string; }\n"

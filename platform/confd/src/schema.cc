@@ -75,10 +75,13 @@ void LoadedSchema::LoadModules(const std::filesystem::path& yang_dir) {
   ly_log_options(LY_LOSTORE_LAST);  // messages are read from the context, nothing is printed
   const std::set<std::string> names = ModuleNames(yang_dir);
   ly_ctx* context = nullptr;
-  if (ly_ctx_new(yang_dir.c_str(), LY_CTX_DISABLE_SEARCHDIR_CWD, &context) != LY_SUCCESS) {
+  const LY_ERR created = ly_ctx_new(nullptr, LY_CTX_DISABLE_SEARCHDIR_CWD, &context);
+  context_.reset(context);
+  // ly_ctx_new itself would take a colon in the name for the end of one folder and the beginning of
+  // another.
+  if (created != LY_SUCCESS || ly_ctx_set_searchdir(context, yang_dir.c_str()) != LY_SUCCESS) {
     throw Error("cannot read the YANG folder " + yang_dir.string());
   }
-  context_.reset(context);
   RegisterLibyangPlugins();
   for (const std::string& name : names) {
     if (ly_ctx_load_module(context, name.c_str(), nullptr, nullptr) == nullptr) {

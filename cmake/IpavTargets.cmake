@@ -3,7 +3,8 @@
 include(GNUInstallDirs)
 
 # The build tree mirrors the install tree, so that one relative rpath and one way to find the plug-in and the YANG
-# modules serve both.
+# modules serve both. A build rpath of its own would be padded with empty entries to the length of the installed one, and
+# an empty entry is the current folder: ipvald would run what lies in the folder that it is called from.
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(IPAV_YANG_RELATIVE_DIR share/ipvald/yang)
@@ -15,7 +16,7 @@ function(ipav_target target)
     CXX_EXTENSIONS OFF
     C_EXTENSIONS ON
     POSITION_INDEPENDENT_CODE ON
-    BUILD_RPATH_USE_ORIGIN ON
+    BUILD_WITH_INSTALL_RPATH ON
     INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
   if(IPAV_WERROR)

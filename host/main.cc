@@ -59,6 +59,13 @@ void OccupyStandardDescriptors() {
   if (fd >= 0) close(fd);
 }
 
+// libyang would load and run every library in the folders that these name.
+void ForgetLibyangPlugins() {
+  for (const char* name : {"LIBYANG_TYPES_PLUGINS_DIR", "LIBYANG_EXTENSIONS_PLUGINS_DIR"}) {
+    unsetenv(name);
+  }
+}
+
 // Writes the whole text, or throws: a verdict that nobody got is none.
 void Print(std::string_view text) {
   while (!text.empty()) {
@@ -143,6 +150,7 @@ void PrintError(std::string_view message) {
 int main(int argc, char** argv) {
   mallopt(M_TOP_PAD, ipvald::kHeapStep);
   ipvald::OccupyStandardDescriptors();
+  ipvald::ForgetLibyangPlugins();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is reported like a full disk
   std::signal(SIGCHLD, SIG_DFL);
   try {

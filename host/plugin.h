@@ -18,6 +18,7 @@ class UnusablePlugin : public std::runtime_error {
 /// A loaded plug-in. Loading runs its static constructors, so it happens in the child process only.
 class Plugin {
  public:
+  /// @param file  a path as for open(2): without a slash it is a file of the current folder
   /// @throws UnusablePlugin
   explicit Plugin(const std::string& file);
 

@@ -1,46 +1,21 @@
 // The module as its users see it: exactly its exports, and the names that the data model uses.
-#include <elf.h>
 #include <gtest/gtest.h>
-#include <link.h>
 
-#include <cstring>
-#include <fstream>
 #include <set>
 #include <string>
 
 #include "data_model.h"
+#include "support/elf_file.h"
 #include "validation_points.h"
 
 namespace {
 
-std::string ReadModule() {
-  std::ifstream file(IPAV_PLUGIN, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// Copies an ELF structure out of the file, which need not be aligned for it.
-template <typename T>
-T At(const std::string& file, size_t offset) {
-  T value{};
-  std::memcpy(&value, file.data() + offset, sizeof(value));
-  return value;
-}
-
-// Names that the dynamic symbol table of an ELF file defines for others.
-std::set<std::string> ExportedNames(const std::string& file) {
+// Names that the dynamic symbol table defines for others.
+std::set<std::string> ExportedNames(tests::ElfFile& file) {
   std::set<std::string> names;
-  const auto header = At<ElfW(Ehdr)>(file, 0);
-  const auto section = [&](size_t index) {
-    return At<ElfW(Shdr)>(file, header.e_shoff + index * header.e_shentsize);
-  };
-  for (size_t i = 0; i < header.e_shnum; ++i) {
-    const auto table = section(i);
-    if (table.sh_type != SHT_DYNSYM) continue;
-    const auto strings = section(table.sh_link);
-    for (size_t offset = 0; offset < table.sh_size; offset += sizeof(ElfW(Sym))) {
-      const auto symbol = At<ElfW(Sym)>(file, table.sh_offset + offset);
-      if (symbol.st_shndx == SHN_UNDEF) continue;
-      names.insert(file.data() + strings.sh_offset + symbol.st_name);
+  for (const auto& table : file.Sections(SHT_DYNSYM)) {
+    for (const auto& symbol : file.Entries<ElfW(Sym)>(table)) {
+      if (symbol.st_shndx != SHN_UNDEF) names.insert(file.Text(table, symbol.st_name));
     }
   }
   return names;
@@ -65,7 +40,8 @@ TEST(Module, ExportsExactlyFifteenNames) {
       "validate_route_l3_intf",
   };
   ASSERT_EQ(expected.size(), 15u);
-  EXPECT_EQ(ExportedNames(ReadModule()), expected);
+  tests::ElfFile plugin(IPAV_PLUGIN);
+  EXPECT_EQ(ExportedNames(plugin), expected);
 }
 
 TEST(Module, TableAndDataModelHaveTheSameNames) {

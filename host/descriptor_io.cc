@@ -28,6 +28,10 @@ ssize_t ReadBlocking(int fd, void* buffer, size_t size) {
 ssize_t WriteBlocking(int fd, const void* buffer, size_t size) {
   for (;;) {
     const ssize_t written = write(fd, buffer, size);
+    if (written == 0 && size > 0) {
+      errno = EIO;
+      return -1;
+    }
     if (written >= 0 || !WaitFor(fd, POLLOUT)) return written;
   }
 }

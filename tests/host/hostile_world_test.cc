@@ -294,6 +294,15 @@ TEST_P(LostOutput, IsNoSuccess) {
 INSTANTIATE_TEST_SUITE_P(Commands, LostOutput, testing::ValuesIn(kOutputs),
                          [](const auto& row) { return std::string(row.param.name); });
 
+// The memory of a process that is gone, here of the shell that ipvald replaces, takes nothing and
+// tells no error.
+TEST(OutputThatTakesNothing, IsNoVerdict) {
+  for (const std::string& command : {std::string(" points"), " check " + kRunning}) {
+    ExpectResult(Shell("exec timeout 20 " IPAV_IPVALD + command + " > /proc/self/mem"), 2, "",
+                 "ipvald: standard output: Input/output error\n");
+  }
+}
+
 TEST_F(Hostile, OutputThatGetsFullMidwayIsNoVerdict) {
   // A file may have 512 bytes; the JSON report is larger.
   const std::string file = folder_ / "verdict";

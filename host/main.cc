@@ -158,7 +158,7 @@ int main(int argc, char** argv) {
   } catch (const ipvald::Interrupted& interrupted) {
     return ipvald::kSignalStatus + interrupted.signal();
   } catch (const ipvald::UsageError& error) {
-    ipvald::PrintError(std::string(error.what()) + " (see ipvald --help)");
+    ipvald::PrintError(error.what());
   } catch (const std::exception& error) {
     ipvald::PrintError(ipvald::OneLine(error.what()));
   }

@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <memory>
@@ -8,6 +9,7 @@
 #include <utility>
 
 #include "one_line.h"
+#include "usage_fault.h"
 
 namespace ipvald {
 namespace {
@@ -146,6 +148,13 @@ Options TextToPrint(std::string text) {
   return options;
 }
 
+// A fault in `words`, and where their command, if they name one, is explained.
+UsageError Fault(const std::string& message, const std::vector<std::string>& words) {
+  const bool has_command = !words.empty() && (words[0] == "check" || words[0] == "points");
+  return UsageError(OneLine(message) + " (see ipvald " + (has_command ? words[0] + " " : "") +
+                    "--help)");
+}
+
 }  // namespace
 
 Options ParseOptions(int argc, const char* const* argv) {
@@ -169,6 +178,10 @@ Options ParseOptions(int argc, const char* const* argv) {
              "      list the validation points of the data model\n\n" +
              kExitStatus);
 
+  const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  if (const std::string fault = FindUsageFault(app, words); !fault.empty()) {
+    throw Fault(fault, words);
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForVersion& version) {
@@ -179,15 +192,14 @@ Options ParseOptions(int argc, const char* const* argv) {
     if (points->parsed()) return TextToPrint(points->help("ipvald"));
     return TextToPrint(app.help());
   } catch (const CLI::RequiredError&) {
-    throw UsageError(check->parsed() ? "check: FILE is required"
-                                     : "a command is required: check or points");
+    throw Fault("check: FILE is required", words);
   } catch (const CLI::ParseError& error) {
-    throw UsageError(OneLine(error.what()));
+    throw Fault(error.what(), words);
   }
   if (points->parsed()) options.command = Options::Command::kPoints;
   if (running->count() > 0) options.check.running = running_file;
   if (options.check.candidate == "-" && options.check.running == "-") {
-    throw UsageError("only one of the two configurations can be standard input");
+    throw Fault("only one of the two configurations can be standard input", words);
   }
   return options;
 }

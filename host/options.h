@@ -31,7 +31,7 @@ struct Options {
   CheckOptions check;
 };
 
-/// The command line cannot be understood; what() is one line.
+/// The command line cannot be understood; what() is one line, which ends with where to read more.
 class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };

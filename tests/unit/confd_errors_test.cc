@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 #include "confd/store.h"
@@ -14,6 +15,13 @@ TEST(Fail, SetsNumberAndText) {
   EXPECT_EQ(confd_errno, 1);
   EXPECT_STREQ(confd_lasterr(), "not here");
   EXPECT_STREQ(confd_strerror(confd_errno), "item does not exist");
+}
+
+TEST(OutOfMemory, IsNoOtherError) {
+  EXPECT_THROW(confd::ThrowIfOutOfMemory(LY_EMEM), std::bad_alloc);
+  for (const LY_ERR result : {LY_SUCCESS, LY_ESYS, LY_EINVAL, LY_EINT, LY_EVALID, LY_EOTHER}) {
+    EXPECT_NO_THROW(confd::ThrowIfOutOfMemory(result)) << result;
+  }
 }
 
 TEST(ErrorText, OfAnUnknownCodeIsNotNull) { EXPECT_STREQ(confd_strerror(12345), "unknown error"); }

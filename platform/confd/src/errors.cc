@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdlib>
+#include <new>
 #include <utility>
 
 #include "confd/store.h"
@@ -24,6 +25,10 @@ int Fail(int code, std::string detail) {
   confd_errno = code;
   LastError() = std::move(detail);
   return CONFD_ERR;
+}
+
+void ThrowIfOutOfMemory(LY_ERR result) {
+  if (result == LY_EMEM) throw std::bad_alloc();
 }
 
 TransactionContext::~TransactionContext() { ClearError(); }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <set>
 #include <string>
 
+#include "errors.h"
 #include "libyang_plugins.h"
 
 namespace confd {
@@ -30,6 +32,7 @@ std::set<std::string> ModuleNames(const std::filesystem::path& yang_dir) {
     const std::string stem = entry.path().stem().string();
     names.insert(stem.substr(0, stem.find('@')));
   }
+  if (error == std::errc::not_enough_memory) throw std::bad_alloc();
   if (error)
     throw Error("cannot read the YANG folder " + yang_dir.string() + ": " + error.message());
   if (names.empty()) throw Error("no YANG module in " + yang_dir.string());
@@ -75,16 +78,19 @@ void LoadedSchema::LoadModules(const std::filesystem::path& yang_dir) {
   ly_log_options(LY_LOSTORE_LAST);  // messages are read from the context, nothing is printed
   const std::set<std::string> names = ModuleNames(yang_dir);
   ly_ctx* context = nullptr;
-  const LY_ERR created = ly_ctx_new(nullptr, LY_CTX_DISABLE_SEARCHDIR_CWD, &context);
+  LY_ERR result = ly_ctx_new(nullptr, LY_CTX_DISABLE_SEARCHDIR_CWD, &context);
   context_.reset(context);
   // ly_ctx_new itself would take a colon in the name for the end of one folder and the beginning of
   // another.
-  if (created != LY_SUCCESS || ly_ctx_set_searchdir(context, yang_dir.c_str()) != LY_SUCCESS) {
+  if (result == LY_SUCCESS) result = ly_ctx_set_searchdir(context, yang_dir.c_str());
+  if (result != LY_SUCCESS) {
+    ThrowIfOutOfMemory(result);
     throw Error("cannot read the YANG folder " + yang_dir.string());
   }
   RegisterLibyangPlugins();
   for (const std::string& name : names) {
     if (ly_ctx_load_module(context, name.c_str(), nullptr, nullptr) == nullptr) {
+      ThrowIfOutOfMemory(ly_errcode(context));
       throw Error("YANG module " + name + ": " + LibyangMessage(context));
     }
   }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "errors.h"
 #include "value.h"
 
 namespace confd {
@@ -121,7 +122,9 @@ const lyd_node* ListIndex::FindNearby(const std::vector<std::string_view>& keys)
 
 std::shared_ptr<const Snapshot> Snapshot::Empty(std::shared_ptr<const Schema> schema) {
   lyd_node* tree = nullptr;
-  if (lyd_validate_all(&tree, schema->context(), LYD_VALIDATE_NO_STATE, nullptr) != LY_SUCCESS) {
+  const LY_ERR result = lyd_validate_all(&tree, schema->context(), LYD_VALIDATE_NO_STATE, nullptr);
+  if (result != LY_SUCCESS) {
+    ThrowIfOutOfMemory(result);
     throw LibyangError(schema->context());
   }
   return FromTree(std::move(schema), tree);
@@ -131,9 +134,11 @@ std::shared_ptr<const Snapshot> Snapshot::FromText(std::shared_ptr<const Schema>
                                                    const std::string& text) {
   lyd_node* tree = nullptr;
   const LYD_FORMAT format = text.starts_with('<') ? LYD_XML : LYD_JSON;
-  if (lyd_parse_data_mem(schema->context(), text.c_str(), format,
-                         LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, LYD_VALIDATE_NO_STATE,
-                         &tree) != LY_SUCCESS) {
+  const LY_ERR result =
+      lyd_parse_data_mem(schema->context(), text.c_str(), format,
+                         LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, LYD_VALIDATE_NO_STATE, &tree);
+  if (result != LY_SUCCESS) {
+    ThrowIfOutOfMemory(result);
     throw LibyangError(schema->context());
   }
   return FromTree(std::move(schema), tree);

@@ -10,6 +10,7 @@
 
 #include "json_configuration.h"
 #include "one_line.h"
+#include "resources.h"
 #include "schema_walk.h"
 #include "xml_configuration.h"
 
@@ -118,6 +119,12 @@ ParserInput Prepare(const ly_ctx* context, const SourceText& source, InputFormat
   return input;
 }
 
+// libyang does not stand it when memory runs out, so it has to be there beforehand.
+void RequireMemory(const SourceText& source) {
+  constexpr size_t kPerByte = 64;  // of a text; the most that was seen is 60
+  if (!HasMemory(kPerByte * source.text.size())) throw std::bad_alloc();
+}
+
 Tree ParseValid(ly_ctx* context, const SourceText& source, InputFormat format) {
   const ParserInput input = Prepare(context, source, format, SchemaWalk::Depth::kStructure);
   Tree tree = Parse(context, input);
@@ -143,6 +150,7 @@ std::shared_ptr<const confd::Snapshot> ParseConfiguration(
   CheckUtf8(name, text);
   const SourceText source{name, std::move(text)};
 
+  RequireMemory(source);
   const QuietLibyang quiet;
   ly_ctx* context = schema->context();
   ly_err_clean(context, nullptr);

@@ -2,14 +2,17 @@
 
 #include <fcntl.h>
 #include <malloc.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +26,7 @@
 #include "reading_deadline.h"
 #include "report_json.h"
 #include "report_text.h"
+#include "resources.h"
 #include "transaction.h"
 
 namespace ipvald {
@@ -125,6 +129,7 @@ int Points(const Options& options) {
 }
 
 int Run(int argc, const char* const* argv) {
+  RequireDescriptors();
   const Options options = ParseOptions(argc, argv);
   switch (options.command) {
     case Options::Command::kCheck:
@@ -138,29 +143,58 @@ int Run(int argc, const char* const* argv) {
   return 0;
 }
 
+// Takes no memory, since that may be what there is too little of.
 void PrintError(std::string_view message) {
-  const std::string line = "ipvald: " + std::string(message) + "\n";
+  const auto piece = [](std::string_view text) {
+    return iovec{const_cast<char*>(text.data()), text.size()};
+  };
+  const std::array<iovec, 3> line = {piece("ipvald: "), piece(message), piece("\n")};
   // There is nowhere left to tell that this failed.
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+  [[maybe_unused]] const ssize_t written = writev(STDERR_FILENO, line.data(), line.size());
+}
+
+constexpr const char* kOutOfMemory = "out of memory";
+
+// Static objects of CLI11 take memory before main begins, where nothing can be caught. Those of
+// this file come first.
+[[maybe_unused]] const std::new_handler kBeforeMain = std::set_new_handler([] {
+  PrintError(kOutOfMemory);
+  _exit(kNoVerdictStatus);
+});
+
+// Runs the command and tells what goes wrong, but for want of memory.
+// @returns the exit status
+// @throws std::bad_alloc
+int RunAndTell(int argc, const char* const* argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const Interrupted& interrupted) {
+    return kSignalStatus + interrupted.signal();
+  } catch (const UsageError& error) {
+    PrintError(error.what());
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    PrintError(OneLine(error.what()));
+  }
+  return kNoVerdictStatus;
 }
 
 }  // namespace
 }  // namespace ipvald
 
 int main(int argc, char** argv) {
+  std::set_new_handler(nullptr);
   mallopt(M_TOP_PAD, ipvald::kHeapStep);
   ipvald::OccupyStandardDescriptors();
   ipvald::ForgetLibyangPlugins();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is reported like a full disk
   std::signal(SIGCHLD, SIG_DFL);
   try {
-    return ipvald::Run(argc, argv);
-  } catch (const ipvald::Interrupted& interrupted) {
-    return ipvald::kSignalStatus + interrupted.signal();
-  } catch (const ipvald::UsageError& error) {
-    ipvald::PrintError(error.what());
-  } catch (const std::exception& error) {
-    ipvald::PrintError(ipvald::OneLine(error.what()));
+    if (ipvald::HasMemory(ipvald::kMemoryOfCommand)) return ipvald::RunAndTell(argc, argv);
+  } catch (const std::bad_alloc&) {
+    // Said below.
   }
+  ipvald::PrintError(ipvald::kOutOfMemory);
   return ipvald::kNoVerdictStatus;
 }

@@ -22,6 +22,7 @@
 #include "input_text.h"
 #include "one_line.h"
 #include "orphans.h"
+#include "resources.h"
 
 namespace ipvald {
 namespace {
@@ -83,16 +84,6 @@ Descriptor MakeSignalDescriptor(const sigset_t* signals) {
   return Descriptor(fd);
 }
 
-rlim_t Limit(int resource) {
-  rlimit limit{};
-  return getrlimit(static_cast<__rlimit_resource_t>(resource), &limit) == 0 ? limit.rlim_cur
-                                                                            : RLIM_INFINITY;
-}
-
-bool IsMemoryLimited() {
-  return Limit(RLIMIT_AS) != RLIM_INFINITY || Limit(RLIMIT_DATA) != RLIM_INFINITY;
-}
-
 bool IsIgnored(int signal) {
   struct sigaction action {};
   return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
@@ -139,7 +130,7 @@ int KeepOnly(int result_fd) {
   if (result_fd > kFirst) close_range(kFirst, static_cast<unsigned>(result_fd - 1), 0);
   close_range(static_cast<unsigned>(result_fd + 1), ~0U, 0);
   const auto highest =
-      static_cast<int>(std::min<rlim_t>(Limit(RLIMIT_NOFILE) - 1, kResultDescriptor));
+      static_cast<int>(std::min<uint64_t>(DescriptorLimit() - 1, kResultDescriptor));
   if (result_fd >= highest) return result_fd;
   const int results = fcntl(result_fd, F_DUPFD_CLOEXEC, highest);
   if (results < 0) _exit(kTooFewDescriptorsStatus);

@@ -97,6 +97,7 @@ ProgramResult RunProgram(const std::vector<std::string>& command, const ProgramI
   posix_spawn_file_actions_adddup2(&actions, fileno(in.get()), STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, fileno(out.get()), STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, fileno(err.get()), STDERR_FILENO);
+  posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
 
   std::vector<std::string> arguments = command;
   // The first of two entries for one name counts, so the added ones stand in front.

@@ -19,7 +19,8 @@ struct ProgramInput {
   bool terminal = false;  // standard output is a terminal that passes everything on as it is
 };
 
-/// Runs `command` (file name, then arguments). Aborts the test program when it cannot be started.
+/// Runs `command` (file name, then arguments) with the three standard descriptors and no other.
+/// Aborts the test program when it cannot be started.
 ProgramResult RunProgram(const std::vector<std::string>& command, const ProgramInput& input = {});
 
 #endif  // TESTS_SUPPORT_RUN_PROGRAM_H_

@@ -130,11 +130,13 @@ std::string StaticRouteConfig::GetIntfNameFromRoute(const maapi_cursor& cursor) 
   }
   IPAV_REQUIRE_TYPE(l3_intf_name, C_BUF, "(&l3_intf_name)->type == C_BUF",
                     "src/lib/static_route_config", 105);
+  const std::unique_ptr<confd_value_t, decltype(&confd_free_value)> owner(&l3_intf_name,
+                                                                          confd_free_value);
   std::string name = CONFD_GET_CBUFPTR(&l3_intf_name);
-  confd_free_value(&l3_intf_name);  // first, as what follows may throw
   // Deliberate: whatever the third character is, interface tables have a blank there ("l3 7"). A
   // name of two characters gets one behind it, a shorter one throws.
-  return name.replace(2, 1, 1, ' ');
+  name.replace(2, 1, 1, ' ');
+  return name;
 }
 
 bool StaticRouteConfig::FindNextHop(const RouteKey<nettypes::IPv4Addr>& key,

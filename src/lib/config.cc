@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <set>
 #include <string_view>
 
 #include "confd_maapi.h"
@@ -338,7 +339,12 @@ void MgmtConfig::ReadConfig(ConfigAddrFamily family) {
 
 void Ospfv2Config::ReadConfig(ConfigAddrFamily family) {
   if (family != ConfigAddrFamily::IPv4) return;
-  for (const std::vector<std::string>& keys : get_key_list(interface_list_path_, kOspfKeyCount)) {
+  // Merged once more, an address would count twice, and one that was added would go unseen.
+  std::multiset<std::vector<std::string>> merged(merged_keys_.begin(), merged_keys_.end());
+  auto entries = get_key_list(interface_list_path_, kOspfKeyCount);
+  for (auto next = entries.begin(); next != entries.end();) {
+    const auto entry = next++;
+    const std::vector<std::string>& keys = *entry;
     const std::string& keyed_name = keys[kOspfIntfName];
     const size_t hyphen = keyed_name.find('-');
     if (hyphen == std::string::npos) continue;
@@ -352,8 +358,15 @@ void Ospfv2Config::ReadConfig(ConfigAddrFamily family) {
     record.intf_name[hyphen] = ' ';  // Deliberate: only the first hyphen
     record.process_id = GetProcessIdFromCompoundId(compound_id);
     record.vrf_name = GetVrfName(compound_id);
+    const auto earlier = merged.find(keys);
+    if (earlier != merged.end()) {
+      merged.erase(earlier);  // another entry may have the same texts, which are cut
+      continue;
+    }
     MergeConfigAndInsert(record);
+    merged_keys_.splice(merged_keys_.end(), entries, entry);
   }
+  merged_keys_.clear();
 }
 
 uint8_t Ospfv2Config::GetIpv4Netmask(uint32_t compound_id, nettypes::IPv4Addr area,
@@ -397,10 +410,14 @@ OspfIf* Ospfv2Config::FindRecord(const OspfIf& wanted) {
   const size_t missing = table_.size() - records_.size();
   for (auto added = std::prev(table_.end(), static_cast<ptrdiff_t>(missing)); added != table_.end();
        ++added) {
-    const uint32_t hash = BindingHash(**added);
-    // Of records of one binding the first counts.
-    if (position_of(**added, hash) == NameIndex::kNone) positions_.Add(hash, records_.size());
     records_.push_back(added->get());
+  }
+  // Behind records_, so that no position without a record is ever in the index.
+  for (; indexed_ < records_.size(); ++indexed_) {
+    const OspfIf& added = *records_[indexed_];
+    const uint32_t hash = BindingHash(added);
+    // Of records of one binding the first counts.
+    if (position_of(added, hash) == NameIndex::kNone) positions_.Add(hash, indexed_);
   }
   const size_t position = position_of(wanted, BindingHash(wanted));
   return position == NameIndex::kNone ? nullptr : records_[position];

@@ -189,7 +189,7 @@ class Ospfv2Config : public GenericConfig {
  public:
   /// Fills the table from the interface list; reads nothing for IPv6. Entries whose name key names
   /// no kind of interface, because it has no hyphen, are left out. What was merged before an
-  /// exception stays.
+  /// exception stays; the next call reads all entries again and merges those that were not merged.
   ///
   /// @throws std::invalid_argument  a compound id is no number
   /// @throws std::out_of_range  it is 2^64 or more; of a smaller one the low 32 bits count
@@ -226,10 +226,14 @@ class Ospfv2Config : public GenericConfig {
  private:
   OspfIf* FindRecord(const OspfIf& wanted);
 
-  // The first `records_.size()` of table_ by interface, process and VRF; the rest is added when a
-  // record is looked up.
-  NameIndex positions_;
+  // Key texts of the entries that were merged by a read which an exception ended.
+  std::list<std::vector<std::string>> merged_keys_;
+
+  // The first records of table_, and of these the first `indexed_` by interface, process and VRF;
+  // the rest is added when a record is looked up.
   std::vector<OspfIf*> records_;
+  NameIndex positions_;
+  size_t indexed_ = 0;
 };
 
 /// The snapshot. Checks reach the tables directly as members. Tables are never cleared: a fresh

@@ -10,6 +10,9 @@ constexpr int kUnlimited = -1;
 /// How many more allocations succeed; those behind them throw std::bad_alloc.
 extern int allocations_left;
 
+/// Makes the allocation behind the next `successes` fail, and no other.
+void FailOneAllocationAfter(int successes);
+
 /// How many blocks were taken and not given back.
 extern int blocks_held;
 

@@ -17,6 +17,7 @@
 #include "config.h"
 #include "ip_app_validation/ip_app_validation.h"
 #include "static_route_config.h"
+#include "support/ospf_records.h"
 #include "support/process_memory.h"
 
 // A ConfD in which every path exists and holds one text. These definitions win over those of
@@ -91,25 +92,36 @@ TEST(ConfigMemory, IsGivenBackInThisOrder) {
 
 struct NameCase {
   const char* name;
-  std::string (*read)(const GenericConfig& table);
+  std::string (*read)(const StaticRouteConfig& table);
+  std::string text;
 };
 
 std::ostream& operator<<(std::ostream& out, const NameCase& c) { return out << c.name; }
 
 const NameCase kNameCases[] = {
-    {"AtPath", [](const GenericConfig& table) { return table.get_vrf_name("/vrf"); }},
-    {"OfIndex",
-     [](const GenericConfig& table) {
+    {"VrfAtPath", [](const StaticRouteConfig& table) { return table.get_vrf_name("/vrf"); },
+     kLongName},
+    {"VrfOfIndex",
+     [](const StaticRouteConfig& table) {
        confd_value_t index;
        CONFD_SET_UINT32(&index, 5);
        return table.get_vrf_name_from_id(index);
-     }},
+     },
+     kLongName},
+    {"OutputInterface",
+     [](const StaticRouteConfig& table) {
+       maapi_cursor cursor{};
+       CONFD_SET_UINT32(&cursor.keys[0], 5);
+       CONFD_SET_INT32(&cursor.keys[3], 8);
+       return table.GetIntfNameFromRoute(cursor);
+     },
+     "a  ame that is too long to be kept inside a std::string"},
 };
 
-class VrfNameMemory : public testing::TestWithParam<NameCase> {};
+class NameMemory : public testing::TestWithParam<NameCase> {};
 
-TEST_P(VrfNameMemory, ReleasesTheValueWhicheverAllocationFails) {
-  L3Config table;
+TEST_P(NameMemory, ReleasesTheValueWhicheverAllocationFails) {
+  StaticRouteConfig table;
   confd_trans_ctx tctx{};
   table.trans_ = &tctx;
   int thrown_after_the_read = 0;
@@ -122,7 +134,7 @@ TEST_P(VrfNameMemory, ReleasesTheValueWhicheverAllocationFails) {
     try {
       const std::string name = GetParam().read(table);
       tests::allocations_left = tests::kUnlimited;
-      EXPECT_EQ(name, kLongName);
+      EXPECT_EQ(name, GetParam().text);
     } catch (const std::bad_alloc&) {
       tests::allocations_left = tests::kUnlimited;
       thrown = true;
@@ -134,8 +146,73 @@ TEST_P(VrfNameMemory, ReleasesTheValueWhicheverAllocationFails) {
   EXPECT_EQ(thrown_after_the_read, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Reads, VrfNameMemory, testing::ValuesIn(kNameCases),
+INSTANTIATE_TEST_SUITE_P(Reads, NameMemory, testing::ValuesIn(kNameCases),
                          [](const auto& row) { return std::string(row.param.name); });
+
+// Tables that have to grow, and their indexes with them.
+constexpr int kEntries = 200;
+constexpr char kAddress[] = "192.0.2.1/24";
+constexpr char kOtherAddress[] = "192.0.2.2/24";
+
+std::string EntryName(int i) {
+  return "l3 an interface with a long name, number " + std::to_string(i);
+}
+
+// Merges `entries` one after the other, each of them as often as an allocation of it fails: every
+// one in turn does, once.
+template <typename Table, typename Entry>
+void MergeWithFailures(Table& table, std::vector<Entry>& entries) {
+  int failures = 0;
+  for (Entry& entry : entries) {
+    for (int allocations = 0;; ++allocations) {
+      bool merged = true;
+      tests::FailOneAllocationAfter(allocations);
+      try {
+        table.MergeConfigAndInsert(entry);
+      } catch (const std::bad_alloc&) {
+        merged = false;
+      }
+      tests::allocations_left = tests::kUnlimited;
+      if (merged) break;
+      ++failures;
+    }
+  }
+  EXPECT_GE(failures, kEntries);
+}
+
+TEST(TableMemory, InterfacesAreFoundAgainAfterFailedAllocations) {
+  std::vector<Interface> entries;
+  for (const std::vector<std::string>& addresses : {{}, std::vector<std::string>{kAddress}}) {
+    for (int i = 0; i < kEntries; ++i) {
+      entries.push_back({EntryName(i), tests::Masks(addresses), {}, "global", {}});
+    }
+  }
+  L3Config table;
+  MergeWithFailures(table, entries);
+  ASSERT_EQ(table.interfaces_.size(), size_t{kEntries});
+  for (int i = 0; i < kEntries; ++i) {
+    const Interface& intf = table.interfaces_[static_cast<size_t>(i)];
+    EXPECT_EQ(intf.name, EntryName(i));
+    EXPECT_EQ(intf.ipv4_addr_list, tests::Masks({kAddress}));
+  }
+}
+
+TEST(TableMemory, OspfRecordsAreFoundAgainAfterFailedAllocations) {
+  std::vector<OspfIf> entries;
+  for (const char* address : {kAddress, kOtherAddress}) {
+    for (int i = 0; i < kEntries; ++i) {
+      entries.push_back(tests::OspfUse{EntryName(i), {address}}.Record());
+    }
+  }
+  Ospfv2Config table;
+  MergeWithFailures(table, entries);
+  ASSERT_EQ(table.table_.size(), size_t{kEntries});
+  int i = 0;
+  for (const auto& record : table.table_) {
+    EXPECT_EQ(record->intf_name, EntryName(i++));
+    EXPECT_EQ(record->addresses, tests::Masks({kAddress, kOtherAddress}));
+  }
+}
 
 }  // namespace
 }  // namespace ip_application::config_valid

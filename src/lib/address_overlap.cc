@@ -1,8 +1,11 @@
 #include "address_overlap.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <iterator>
 #include <limits>
@@ -21,13 +24,33 @@ std::string_view AddressSpaceOf(const std::string& vrf_name) {
 
 __extension__ using Uint128 = unsigned __int128;
 
-uint32_t NumberOf(const nettypes::IPv4Addr& addr) { return addr.to_uint32(); }
+// An address as a number of the width of the family. False when it cannot be had.
 
-Uint128 NumberOf(const nettypes::IPv6Addr& addr) {
-  Uint128 number = 0;
-  for (const uint8_t byte : addr.bytes()) number = number << 8 | byte;
-  return number;
+bool ReadNumber(const nettypes::IPv4Addr& addr, uint32_t& number) {
+  number = addr.to_uint32();
+  return true;
 }
+
+// The platform promises the text of an IPv6 address. Types that have its bytes as well, in network
+// byte order, give them much quicker.
+template <typename Addr>
+bool ReadNumber(const Addr& addr, Uint128& number) {
+  std::array<uint8_t, 16> bytes;
+  if constexpr (requires {
+                  { addr.bytes() } -> std::convertible_to<std::array<uint8_t, 16>>;
+                }) {
+    bytes = addr.bytes();
+  } else if (inet_pton(AF_INET6, addr.to_string().c_str(), bytes.data()) != 1) {
+    return false;
+  }
+  number = 0;
+  for (const uint8_t byte : bytes) number = number << 8 | byte;
+  return true;
+}
+
+template <typename AddrMask>
+using NumberFor =
+    std::conditional_t<std::is_same_v<AddrMask, nettypes::IPv4AddrMask>, uint32_t, Uint128>;
 
 // The lowest `host_bits` bits, none to all.
 template <typename Number>
@@ -54,12 +77,15 @@ struct Record {
   Number last() const { return first | HostMask<Number>(host_bits); }
 };
 
-template <typename AddrMask>
-auto RecordOf(const AddrMask& mask, uint32_t owner) {
-  const auto addr = NumberOf(mask.addr());
-  using Number = std::remove_const_t<decltype(addr)>;
-  const auto host_bits = static_cast<uint8_t>(AddrMask::kMaxPrefixLen - mask.prefix_len());
-  return Record<Number>{addr & ~HostMask<Number>(host_bits), owner, host_bits};
+// False when the prefix cannot be placed: its length is out of range, or its address no number.
+template <typename AddrMask, typename Number>
+bool Place(const AddrMask& mask, uint32_t owner, Record<Number>& record) {
+  constexpr uint8_t kMaxPrefixLen = 8 * sizeof(Number);
+  Number addr;
+  if (mask.prefix_len() > kMaxPrefixLen || !ReadNumber(mask.addr(), addr)) return false;
+  const auto host_bits = static_cast<uint8_t>(kMaxPrefixLen - mask.prefix_len());
+  record = {addr & ~HostMask<Number>(host_bits), owner, host_bits};
+  return true;
 }
 
 constexpr size_t kFewRecords = 24;  // up to here comparing is quicker than dealing out
@@ -121,8 +147,7 @@ bool ShareAddressSpace(const std::string& vrf_a, const std::string& vrf_b) {
 
 template <typename AddrMask>
 struct AddressOverlap<AddrMask>::Components {
-  using Number = decltype(NumberOf(AddrMask().addr()));
-  using Records = std::vector<Record<Number>>;
+  using Records = std::vector<Record<NumberFor<AddrMask>>>;
 
   // Cuts the records of one address space into components, which take their place, and finds the
   // smallest owner in a component with several.
@@ -166,8 +191,9 @@ AddressOverlap<AddrMask>::AddressOverlap(const std::vector<Interface>& interface
       if (components->spaces.size() == 1) space->reserve(interfaces.size());
     }
     for (const AddrMask& mask : addresses) {
-      if (mask.prefix_len() > AddrMask::kMaxPrefixLen) return;
-      space->push_back(RecordOf(mask, static_cast<uint32_t>(owner)));
+      Record<NumberFor<AddrMask>> record;
+      if (!Place(mask, static_cast<uint32_t>(owner), record)) return;
+      space->push_back(record);
     }
   }
   for (auto& [name, records] : components->spaces) components->Cut(records);
@@ -188,9 +214,9 @@ bool AddressOverlap<AddrMask>::MayOverlap(const Interface& other) const {
   const auto space = components_->spaces.find(std::string(AddressSpaceOf(other.vrf_name)));
   if (space == components_->spaces.end()) return false;
   for (const AddrMask& mask : AddressesOf(other, static_cast<const AddrMask*>(nullptr))) {
-    if (mask.prefix_len() > AddrMask::kMaxPrefixLen) return true;
     const auto& components = space->second;
-    const auto wanted = RecordOf(mask, 0);
+    Record<NumberFor<AddrMask>> wanted;
+    if (!Place(mask, 0, wanted)) return true;
     // The first component that ends at or behind the start of the prefix.
     const auto component =
         std::lower_bound(components.begin(), components.end(), wanted,

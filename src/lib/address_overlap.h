@@ -50,7 +50,8 @@ class AddressOverlap {
  private:
   struct Components;
   std::unique_ptr<const Components> components_;  // null: a prefix length is out of range, where
-                                                  // fact 1 does not hold; everything may overlap
+                                                  // fact 1 does not hold, or an address gives no
+                                                  // number; everything may overlap
 };
 
 }  // namespace ip_application::config_valid

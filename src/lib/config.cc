@@ -145,14 +145,20 @@ nettypes::IPv6Addr GenericConfig::get_ipv6_addr(const confd_value_t& v) const {
 
 nettypes::IPv4AddrMask GenericConfig::get_ipv4_addr_mask(const confd_value_t& addr,
                                                          const confd_value_t& prefix) const {
-  if (addr.type != C_BINARY || prefix.type != C_INT32) return {};
-  return {get_ipv4_addr(addr), static_cast<uint8_t>(CONFD_GET_INT32(&prefix))};
+  nettypes::IPv4AddrMask mask;
+  if (addr.type != C_BINARY || prefix.type != C_INT32) return mask;
+  mask.set_addr(get_ipv4_addr(addr));
+  mask.set_prefix_len(static_cast<uint8_t>(CONFD_GET_INT32(&prefix)));
+  return mask;
 }
 
 nettypes::IPv6AddrMask GenericConfig::get_ipv6_addr_mask(const confd_value_t& addr,
                                                          const confd_value_t& prefix) const {
-  if (addr.type != C_BINARY || prefix.type != C_INT32) return {};
-  return {get_ipv6_addr(addr), static_cast<uint8_t>(CONFD_GET_INT32(&prefix))};
+  nettypes::IPv6AddrMask mask;
+  if (addr.type != C_BINARY || prefix.type != C_INT32) return mask;
+  mask.set_addr(get_ipv6_addr(addr));
+  mask.set_prefix_len(static_cast<uint8_t>(CONFD_GET_INT32(&prefix)));
+  return mask;
 }
 
 limid_t GenericConfig::get_intf_lim_id(const std::string& path) const {

@@ -1,11 +1,14 @@
 #include "validate_config.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
 #include <list>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,6 +84,21 @@ const AddrMask* FirstDuplicate(const std::list<AddrMask>& addrs) {
     if (first == nullptr || sorted[i].position < first->position) first = &sorted[i];
   }
   return first == nullptr ? nullptr : first->mask;
+}
+
+// What the platform's stream operator writes, which need not be what to_string() gives.
+template <typename AddrMask>
+std::string Streamed(const AddrMask& mask) {
+  std::ostringstream text;
+  text.exceptions(std::ios_base::badbit);  // otherwise a text is cut short where memory runs out
+  text << mask;
+  return text.str();
+}
+
+// A device's library compares no identifiers: the one of no logical interface is all zero bytes.
+bool HasLowerLayer(const limid_t& lim_id) {
+  const auto bytes = std::bit_cast<std::array<uint8_t, sizeof(limid_t)>>(lim_id);
+  return std::any_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte != 0; });
 }
 
 // Whether `overlaps` holds for an interface of `table` and one of a table of another kind: tables
@@ -259,12 +277,12 @@ bool ValidateConfig::InterfaceIPv4IsValid(const Interface& intf) {
   for (const nettypes::IPv4AddrMask& address : intf.ipv4_addr_list) {
     if (address.prefix_len() == 31 || address.prefix_len() == 32) continue;
     if (address.IsNetworkAddr()) {
-      error_ = intf.name + " ipv4 address " + address.to_string() +
+      error_ = intf.name + " ipv4 address " + Streamed(address) +
                " cannot be configured as network address.";
       return false;
     }
     if (address.IsBroadcastAddr()) {
-      error_ = intf.name + " ipv4 address " + address.to_string() +
+      error_ = intf.name + " ipv4 address " + Streamed(address) +
                " cannot be configured as broadcast address.";
       return false;
     }
@@ -294,9 +312,9 @@ bool ValidateConfig::InterfaceIPv4Overlap(const Interface& a, const Interface& b
   for (const nettypes::IPv4AddrMask& addr_a : a.ipv4_addr_list) {
     for (const nettypes::IPv4AddrMask& addr_b : b.ipv4_addr_list) {
       if (!addr_a.Overlap(addr_b)) continue;
-      error_ = a.name + " vrf " + a.vrf_name + " ipv4 address " + addr_a.to_string() +
+      error_ = a.name + " vrf " + a.vrf_name + " ipv4 address " + Streamed(addr_a) +
                " overlaps with " + b.name + " vrf " + b.vrf_name + " ipv4 address " +
-               addr_b.to_string() + ".";
+               Streamed(addr_b) + ".";
       return true;
     }
   }
@@ -308,8 +326,8 @@ bool ValidateConfig::InterfaceIPv6Overlap(const Interface& a, const Interface& b
   for (const nettypes::IPv6AddrMask& addr_a : a.ipv6_addr_list) {
     for (const nettypes::IPv6AddrMask& addr_b : b.ipv6_addr_list) {
       if (!addr_a.Overlap(addr_b)) continue;
-      error_ = a.name + " ipv6 address " + addr_a.to_string() + " overlaps with " + b.name +
-               " ipv6 address " + addr_b.to_string() + ".";
+      error_ = a.name + " ipv6 address " + Streamed(addr_a) + " overlaps with " + b.name +
+               " ipv6 address " + Streamed(addr_b) + ".";
       return true;
     }
   }
@@ -482,7 +500,7 @@ bool ValidateConfig::InterfaceIPv6MatchStaticRouteNextHop(const Interface& intf,
 int ValidateConfig::ValidateStaticRouteOutputIntf(const Config& cfg) {
   for (const InterfaceConfig* table : cfg.intf_configs_) {
     for (const Interface& intf : table->interfaces_) {
-      if (intf.lim_id != limid_t{}) continue;
+      if (HasLowerLayer(intf.lim_id)) continue;
       if (!cfg.static_route_config_->FindOutputInterface(intf.name)) continue;
       error_ = intf.name +
                " is being used by a static route. Lower-layer-if cannot be removed from this "

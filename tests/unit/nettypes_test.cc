@@ -282,6 +282,31 @@ TEST(AddressOfEitherFamily, PrintsThroughTheBase) {
   EXPECT_EQ(Streamed(*masks[1]), "2001::/16");
 }
 
+// From the first to the last of both families; a value is no less than itself.
+TEST(AddressOfEitherFamily, ComparesThroughTheBase) {
+  const IPv4Addr low4 = V4("9.255.255.255");
+  const IPv4Addr high4 = V4("10.0.0.0");
+  const IPv6Addr low6 = V6("::");
+  const IPv6Addr high6 = V6("2001:db8::1");
+  const std::vector<const IPAddr*> addrs = {&low4, &high4, &low6, &high6};
+  const IPv4AddrMask short4 = Mask4("10.0.0.0/8");
+  const IPv4AddrMask long4 = Mask4("10.0.0.0/9");
+  const IPv6AddrMask short6 = Mask6("::/0");
+  const IPv6AddrMask long6 = Mask6("::/128");
+  const std::vector<const IPAddrMask*> masks = {&short4, &long4, &short6, &long6};
+  for (size_t i = 0; i < addrs.size(); ++i) {
+    for (size_t j = 0; j < addrs.size(); ++j) {
+      EXPECT_EQ(*addrs[i] == *addrs[j], i == j) << *addrs[i] << " " << *addrs[j];
+      EXPECT_EQ(*addrs[i] < *addrs[j], i < j) << *addrs[i] << " " << *addrs[j];
+      EXPECT_EQ(*masks[i] == *masks[j], i == j) << *masks[i] << " " << *masks[j];
+      EXPECT_EQ(*masks[i] < *masks[j], i < j) << *masks[i] << " " << *masks[j];
+    }
+  }
+  const IPv4Addr copy = high4;
+  EXPECT_TRUE(static_cast<const IPAddr&>(copy) == *addrs[1]);
+  EXPECT_TRUE(*addrs[1] == high4) << "a base and its family";
+}
+
 TEST(StreamOutput, FillsTheFieldAsAString) {
   std::ostringstream out;
   out << std::left << std::setw(12) << std::setfill('.') << Mask4("10.0.0.1/8") << "|";

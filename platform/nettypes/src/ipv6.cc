@@ -69,8 +69,18 @@ std::string IPv6Addr::to_string() const {
   return text;
 }
 
+std::strong_ordering IPv6Addr::Compare(const IPAddr& other) const {
+  const auto* same_family = dynamic_cast<const IPv6Addr*>(&other);
+  return same_family == nullptr ? std::strong_ordering::greater : *this <=> *same_family;
+}
+
 std::string IPv6AddrMask::to_string() const {
   return addr_.to_string() + "/" + std::to_string(prefix_len_);
+}
+
+std::strong_ordering IPv6AddrMask::Compare(const IPAddrMask& other) const {
+  const auto* same_family = dynamic_cast<const IPv6AddrMask*>(&other);
+  return same_family == nullptr ? std::strong_ordering::greater : *this <=> *same_family;
 }
 
 }  // namespace nettypes

@@ -1,11 +1,11 @@
-// What the address types of both families have in common: a text form.
+// What the address types of both families have in common: a text form and an order.
 //
 // A record that holds "an address" or "a prefix" of either family can hand it out by const
-// reference to these bases. Nothing is owned or deleted through them, and two values are never
-// compared through them: an IPv4 and an IPv6 address have no order between them.
+// reference to these bases. Nothing is owned or deleted through them.
 #ifndef NETTYPES_ADDRESS_H
 #define NETTYPES_ADDRESS_H
 
+#include <compare>
 #include <ostream>
 #include <string>
 
@@ -16,6 +16,10 @@ class IPAddr {
  public:
   /// The address as text, see the final classes.
   virtual std::string to_string() const = 0;
+
+  /// Where this address stands beside `other`: those of IPv4 before those of IPv6, within a family
+  /// in the order of its class.
+  virtual std::strong_ordering Compare(const IPAddr& other) const = 0;
 
  protected:
   constexpr IPAddr() = default;
@@ -30,12 +34,27 @@ class IPAddrMask {
   /// The text of the address, "/", and the prefix length in decimal.
   virtual std::string to_string() const = 0;
 
+  /// Where this prefix stands beside `other`: those of IPv4 before those of IPv6, within a family
+  /// in the order of its class.
+  virtual std::strong_ordering Compare(const IPAddrMask& other) const = 0;
+
  protected:
   constexpr IPAddrMask() = default;
   constexpr IPAddrMask(const IPAddrMask&) = default;
   constexpr IPAddrMask& operator=(const IPAddrMask&) = default;
   ~IPAddrMask() = default;
 };
+
+// The order of Compare().
+
+inline bool operator==(const IPAddr& a, const IPAddr& b) { return std::is_eq(a.Compare(b)); }
+inline std::strong_ordering operator<=>(const IPAddr& a, const IPAddr& b) { return a.Compare(b); }
+inline bool operator==(const IPAddrMask& a, const IPAddrMask& b) {
+  return std::is_eq(a.Compare(b));
+}
+inline std::strong_ordering operator<=>(const IPAddrMask& a, const IPAddrMask& b) {
+  return a.Compare(b);
+}
 
 /// Writes to_string().
 inline std::ostream& operator<<(std::ostream& out, const IPAddr& addr) {

@@ -26,6 +26,8 @@ class IPv4Addr final : public IPAddr {
   /// Dotted quad without leading zeros, for example "192.0.2.1".
   std::string to_string() const override;
 
+  std::strong_ordering Compare(const IPAddr& other) const override;
+
   friend constexpr bool operator==(const IPv4Addr& a, const IPv4Addr& b) {
     return a.value_ == b.value_;
   }
@@ -90,6 +92,8 @@ class IPv4AddrMask final : public IPAddrMask {
   /// Dotted quad, "/" and the prefix length, for example "192.0.2.1/24"; the unspecified prefix is
   /// "0.0.0.0/0".
   std::string to_string() const override;
+
+  std::strong_ordering Compare(const IPAddrMask& other) const override;
 
   friend constexpr bool operator==(const IPv4AddrMask& a, const IPv4AddrMask& b) {
     return a.addr_ == b.addr_ && a.prefix_len_ == b.prefix_len_;

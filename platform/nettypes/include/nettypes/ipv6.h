@@ -41,6 +41,8 @@ class IPv6Addr final : public IPAddr {
   /// address does.
   std::string to_string() const override;
 
+  std::strong_ordering Compare(const IPAddr& other) const override;
+
   friend constexpr bool operator==(const IPv6Addr& a, const IPv6Addr& b) {
     return a.high_ == b.high_ && a.low_ == b.low_;
   }
@@ -107,6 +109,8 @@ class IPv6AddrMask final : public IPAddrMask {
   /// The address, "/" and the prefix length, for example "2001:db8::1/64"; the unspecified prefix
   /// is "::/0".
   std::string to_string() const override;
+
+  std::strong_ordering Compare(const IPAddrMask& other) const override;
 
   friend constexpr bool operator==(const IPv6AddrMask& a, const IPv6AddrMask& b) {
     return a.addr_ == b.addr_ && a.prefix_len_ == b.prefix_len_;

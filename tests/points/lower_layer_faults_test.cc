@@ -192,19 +192,26 @@ TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrows) {
   EXPECT_EQ(Validate(), kRefused);
   ASSERT_GT(parsed, 0);
   error_formats.clear();
-  // The last one is the text of the area; the others belong to paths.
-  for (const auto& [error, code] : {std::pair{EDOM, EDOM}, std::pair{0, EINVAL}}) {
+  struct Row {
+    int before;  // errno when the text is converted
+    int set;     // by the conversion; 0: it leaves errno alone
+    int code;
+  };
+  for (const Row& row :
+       {Row{EDOM, 0, EDOM}, Row{0, EDOM, EDOM}, Row{ENOENT, EDOM, EDOM}, Row{0, 0, EINVAL}}) {
+    // The last one is the text of the area; the others belong to paths.
     int left = parsed;
-    quad_parses = [&left, error = error] {
+    quad_parses = [&left, &row] {
       if (--left > 0) return true;
-      errno = error;
+      if (row.set != 0) errno = row.set;
       return false;
     };
+    on_index_read = [&row] { errno = row.before; };
     try {
       Validate();
       FAIL() << "nothing was thrown";
     } catch (const boost::system::system_error& failure) {
-      EXPECT_EQ(failure.code().value(), code);
+      EXPECT_EQ(failure.code().value(), row.code);
       EXPECT_EQ(failure.code().category(), boost::system::system_category());
     }
   }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "config.h"
+#include "dotted_quad.h"
 #include "support/key_texts.h"
 #include "support/ospf_json.h"
 #include "support/ospf_records.h"
@@ -23,6 +24,7 @@ namespace {
 
 // Texts that inet_pton was called with while this is set.
 std::vector<std::string>* parsed_texts = nullptr;
+int errno_of_failure = 0;  // that it sets when it refuses a text; 0: none
 
 }  // namespace
 
@@ -32,7 +34,9 @@ extern "C" int inet_pton(int family, const char* text, void* addr) noexcept {
   if (parsed_texts != nullptr) {
     parsed_texts->push_back((family == AF_INET ? "" : "other family: ") + std::string(text));
   }
-  return original(family, text, addr);
+  const int result = original(family, text, addr);
+  if (result != 1 && errno_of_failure != 0) errno = errno_of_failure;
+  return result;
 }
 
 namespace ip_application::config_valid {
@@ -242,7 +246,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, BadQuad, testing::ValuesIn(kBadQuadCases),
 
 class QuadErrorCode : public OspfKeys, public testing::WithParamInterface<int> {};
 
-// The code is what an earlier call left in errno: the conversion neither sets nor clears it.
+// The code is what an earlier call left in errno: the C library's conversion does not set it.
 TEST_P(QuadErrorCode, IsErrnoAsItStood) {
   texts.instead_of["0.0.0.2"] = "backbone";
   ExpectError(GetParam(), GetParam());
@@ -251,6 +255,20 @@ TEST_P(QuadErrorCode, IsErrnoAsItStood) {
 TEST_P(QuadErrorCode, IsErrnoAsItStoodForAnAddress) {
   texts.instead_of["10.0.0.2"] = "no address";
   ExpectError(GetParam(), GetParam());
+}
+
+// Some C library's conversion may set it.
+TEST_P(QuadErrorCode, IsErrnoOfTheConversion) {
+  texts.instead_of["0.0.0.2"] = "backbone";
+  errno_of_failure = GetParam();
+  ExpectError(ENOTTY, GetParam());
+  errno_of_failure = 0;
+}
+
+TEST_P(QuadErrorCode, StaysWhenTheTextIsAnAddress) {
+  errno = GetParam();
+  EXPECT_EQ(ParseIpv4Addr("192.0.2.1"), nettypes::IPv4Addr(0xc0000201));
+  EXPECT_EQ(errno, GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Errno, QuadErrorCode, testing::Values(ENOENT, EAGAIN, EINVAL, ERANGE));

@@ -147,6 +147,7 @@ nettypes::IPv4AddrMask GenericConfig::get_ipv4_addr_mask(const confd_value_t& ad
                                                          const confd_value_t& prefix) const {
   nettypes::IPv4AddrMask mask;
   if (addr.type != C_BINARY || prefix.type != C_INT32) return mask;
+  IPAV_REQUIRE_TYPE(prefix, C_INT32, "(&prefix)->type == C_INT32", "src/lib/config", 164);
   mask.set_addr(get_ipv4_addr(addr));
   mask.set_prefix_len(static_cast<uint8_t>(CONFD_GET_INT32(&prefix)));
   return mask;
@@ -156,6 +157,7 @@ nettypes::IPv6AddrMask GenericConfig::get_ipv6_addr_mask(const confd_value_t& ad
                                                          const confd_value_t& prefix) const {
   nettypes::IPv6AddrMask mask;
   if (addr.type != C_BINARY || prefix.type != C_INT32) return mask;
+  IPAV_REQUIRE_TYPE(prefix, C_INT32, "(&prefix)->type == C_INT32", "src/lib/config", 179);
   mask.set_addr(get_ipv6_addr(addr));
   mask.set_prefix_len(static_cast<uint8_t>(CONFD_GET_INT32(&prefix)));
   return mask;

@@ -7,12 +7,15 @@ namespace {
 
 constexpr char kRouteTablePath[] = "/KX-RTM-MIB/rtmStaticRtTable/rtmStaticRtEntry";
 
-// Keys of a route table entry. The next hop's address type, between the last two, is not read.
-constexpr int kFteIndex = 0;          // C_UINT32, stands for the VRF
-constexpr int kNetworkAddrType = 1;   // C_ENUM_VALUE
-constexpr int kNetworkAddr = 2;       // C_BINARY
-constexpr int kNetworkPrefixLen = 3;  // C_INT32, bits
-constexpr int kNextHopAddr = 5;       // C_BINARY
+// Keys of a route table entry.
+enum RouteKeyIndex {
+  kFteIndex = 0,          // C_UINT32, stands for the VRF
+  kNetworkAddrType = 1,   // C_ENUM_VALUE
+  kNetworkAddr = 2,       // C_BINARY
+  kNetworkPrefixLen = 3,  // C_INT32, bits
+  kNextHopAddrType = 4,   // not read
+  kNextHopAddr = 5,       // C_BINARY
+};
 
 // RFC 4001, InetAddressType.
 constexpr int32_t kIpv4Type = 1;

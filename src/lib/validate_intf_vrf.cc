@@ -34,6 +34,21 @@ confd_iter_ret JudgeChange(confd_hkeypath_t* keypath, confd_iter_op op, confd_va
   return static_cast<ValidateIntfVrf*>(walker)->IterValidate(keypath, op, oldval, newval);
 }
 
+// Whether an OSPFv3 process uses the interface `kind`-`name` of the candidate. Deliberate: the name
+// goes into the XPath expression as it is, and the expression is cut at 1023 bytes; one that does
+// not parse then finds nothing.
+bool IsInOspfv3(int sock, const confd_trans_ctx* tctx, const char* kind, const std::string& name) {
+  char expression[kExpressionSize];
+  snprintf(expression, sizeof(expression),
+           "ospfv3-interface-l3[ospfv3-pm-if-name='%s-%s']/ospfv3-pm-if-name", kind, name.c_str());
+  char* found = nullptr;
+  const bool evaluated = maapi_xpath_eval_expr(sock, tctx->thandle, expression, &found, nullptr,
+                                               "/internal") == CONFD_OK;
+  const bool in_ospfv3 = evaluated && found != nullptr && *found != '\0';
+  free(found);
+  return in_ospfv3;
+}
+
 }  // namespace
 
 int ValidateIntfVrf::RunValidation() {
@@ -68,18 +83,6 @@ std::list<std::string> ValidateIntfVrf::get_key_list(const std::string& list_pat
   return keys;
 }
 
-bool ValidateIntfVrf::IsInOspfv3(const char* kind, const std::string& name) const {
-  char expression[kExpressionSize];
-  snprintf(expression, sizeof(expression),
-           "ospfv3-interface-l3[ospfv3-pm-if-name='%s-%s']/ospfv3-pm-if-name", kind, name.c_str());
-  char* found = nullptr;
-  const bool evaluated = maapi_xpath_eval_expr(sock_, trans_->thandle, expression, &found, nullptr,
-                                               "/internal") == CONFD_OK;
-  const bool in_ospfv3 = evaluated && found != nullptr && *found != '\0';
-  free(found);
-  return in_ospfv3;
-}
-
 confd_iter_ret ValidateIntfLoVrf::IterValidate(confd_hkeypath_t* keypath, confd_iter_op op,
                                                confd_value_t* /*oldval*/, confd_value_t* newval) {
   if (op != MOP_VALUE_SET) return ITER_RECURSE;
@@ -89,7 +92,7 @@ confd_iter_ret ValidateIntfLoVrf::IterValidate(confd_hkeypath_t* keypath, confd_
   IPAV_REQUIRE_TYPE(keypath->v[1][0], C_BUF, "(&keypath->v[1][0])->type == C_BUF",
                     "src/lib/validate_intf_vrf", 102);
   const std::string name = CONFD_GET_CBUFPTR(&keypath->v[1][0]);
-  if (!IsInOspfv3("loopback", name)) return ITER_RECURSE;
+  if (!IsInOspfv3(sock_, trans_, "loopback", name)) return ITER_RECURSE;
   error_ = "loopback " + name + " is configured in OSPFv3 and cannot be associated with a VRF";
   return ITER_STOP;
 }
@@ -103,7 +106,7 @@ confd_iter_ret ValidateIntfL3Vrf::IterValidate(confd_hkeypath_t* keypath, confd_
   IPAV_REQUIRE_TYPE(keypath->v[1][0], C_BUF, "(&keypath->v[1][0])->type == C_BUF",
                     "src/lib/validate_intf_vrf", 128);
   const std::string name = CONFD_GET_CBUFPTR(&keypath->v[1][0]);
-  if (!IsInOspfv3("l3", name)) return ITER_RECURSE;
+  if (!IsInOspfv3(sock_, trans_, "l3", name)) return ITER_RECURSE;
   error_ = "l3 " + name + " is configured in OSPFv3 and cannot be associated with a VRF";
   return ITER_STOP;
 }

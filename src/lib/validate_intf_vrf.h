@@ -46,11 +46,6 @@ class ValidateIntfVrf {
   std::list<std::string> get_key_list(const std::string& list_path) const;
 
  protected:
-  /// Whether an OSPFv3 process uses the interface `kind`-`name` of the candidate. Deliberate: the
-  /// name goes into the XPath expression as it is, and the expression is cut at 1023 bytes; one
-  /// that does not parse then finds nothing.
-  bool IsInOspfv3(const char* kind, const std::string& name) const;
-
   const int sock_;
   confd_trans_ctx* const trans_;
   const std::string path_;

@@ -18,9 +18,10 @@ struct DocumentedAssertion {
   const char* text;
 };
 
-/// All but three, which look again at what was tested on the way to them, so that a wrong type
-/// never gets there: validate_intf_vrf:225 behind config:52, and validate_ip_addr_cross_ospf:60 and
-/// 92 behind 53 and 84. Other tests change the value in between.
+/// All but five, which look again at what was tested on the way to them, so that a wrong type never
+/// gets there: validate_intf_vrf:225 behind config:52, and validate_ip_addr_cross_ospf:60 and 92
+/// behind 53 and 84, where other tests change the value in between; and config:164 and 179, right
+/// behind a look at the same type.
 const std::vector<DocumentedAssertion>& DocumentedAssertions();
 
 /// A transaction that every point accepts.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <list>
 #include <map>
 #include <new>
@@ -385,6 +387,24 @@ TEST_P(MaskFromValues, OfBothFamilies) {
 
 INSTANTIATE_TEST_SUITE_P(Conversions, MaskFromValues, testing::ValuesIn(kMaskCases),
                          [](const auto& row) { return std::string(row.param.name); });
+
+// No value gets past the test of the types to the one of the assertion, so no call can show it. It
+// has to stand in the source: the one in the macro of a device's header may be empty.
+TEST(MaskFromTypedValues, AssertsTheTypeOfThePrefixItself) {
+  std::ifstream file(IPAV_SOURCE_DIR "/src/lib/config.cc");
+  const std::string source{std::istreambuf_iterator<char>(file), {}};
+  const std::string assertion =
+      R"(IPAV_REQUIRE_TYPE(prefix, C_INT32, "(&prefix)->type == C_INT32", "src/lib/config",)";
+  const std::string read = "CONFD_GET_INT32(&prefix)";
+  size_t reads = 0;
+  for (size_t at = source.find(read); at != std::string::npos; at = source.find(read, at + 1)) {
+    ++reads;
+    const size_t function = source.rfind("\n}\n", at);
+    EXPECT_NE(source.substr(function, at - function).find(assertion), std::string::npos)
+        << "read " << reads;
+  }
+  EXPECT_EQ(reads, 2u);
+}
 
 struct HexCase {
   const char* name;

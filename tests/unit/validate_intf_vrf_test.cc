@@ -104,6 +104,15 @@ static_assert(sizeof(ValidateIntfVrfOspfv3) == sizeof(ValidateIntfVrf));
 static_assert(std::is_abstract_v<ValidateIntfVrf>);
 static_assert(std::has_virtual_destructor_v<ValidateIntfVrf>);
 
+// Beside RunValidation the base has the two reads that no walker uses, and no third helper.
+struct Heir : ValidateIntfVrf {
+  template <typename Walker>
+  static constexpr bool kAsksForOspfv3 = requires(const Walker& walker) {
+    walker.IsInOspfv3("l3", "7");
+  };
+};
+static_assert(!Heir::kAsksForOspfv3<Heir>);
+
 class Walkers : public testing::Test {
  protected:
   Walkers() {

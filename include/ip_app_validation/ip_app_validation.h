@@ -34,6 +34,7 @@ extern "C" {
 ///
 /// @param out  receives the context, owned by the caller until lib_finish
 /// @returns 0, always. std::bad_alloc passes through; `*out` is then as it was.
+/// REQUIRES: `out` is not null; it is not looked at before it is written to.
 IPAV_EXPORT int lib_init(void** out);
 
 /// Writes the context name, "ip_app_validation", into `buf`.
@@ -54,10 +55,13 @@ IPAV_EXPORT int get_validation_point(char* buf, int size);
 IPAV_EXPORT int validate(struct confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
                          confd_value_t* newval);
 
-/// Destroys the context in `*ctx`, if there is one. `*ctx` is not reset: a second call with it is
-/// an error.
+/// Destroys the context in `*ctx`; does nothing when `*ctx` is null. `*ctx` is not reset, so
+/// whoever may come here twice sets it to null in between.
 ///
 /// @returns 0, always.
+/// REQUIRES: `ctx` is not null, and `*ctx` is null or a context that lib_init made and lib_finish
+/// has not destroyed. Neither is looked at: a null `ctx` is read through, and a context that is
+/// gone is destroyed once more.
 IPAV_EXPORT int lib_finish(void** ctx);
 
 #ifdef __cplusplus

@@ -433,6 +433,39 @@ TEST(LibFinish, DestroysTheConfigAndDoesNotResetThePointer) {
   EXPECT_EQ(context, before);
 }
 
+TEST(LibFinish, DoesNothingForAPointerThatWasReset) {
+  void* context = nullptr;
+  EXPECT_EQ(lib_init(&context), 0);
+  EXPECT_EQ(lib_finish(&context), 0);
+  context = nullptr;
+  EXPECT_EQ(lib_finish(&context), 0);
+  EXPECT_EQ(context, nullptr);
+}
+
+TEST(LibFinish, LeavesOtherContextsAlone) {
+  void* first = nullptr;
+  void* second = nullptr;
+  EXPECT_EQ(lib_init(&first), 0);
+  EXPECT_EQ(lib_init(&second), 0);
+  bool destroyed = false;
+  static_cast<Config*>(second)->static_route_config_ = std::make_unique<DyingRoutes>(&destroyed);
+  EXPECT_EQ(lib_finish(&first), 0);
+  EXPECT_FALSE(destroyed);
+  EXPECT_EQ(lib_finish(&second), 0);
+  EXPECT_TRUE(destroyed);
+}
+
+TEST(LibFinish, APointerTakesANewContextAfterwards) {
+  void* context = nullptr;
+  for (int life = 0; life < 2; ++life) {
+    EXPECT_EQ(lib_init(&context), 0);
+    bool destroyed = false;
+    static_cast<Config*>(context)->static_route_config_ = std::make_unique<DyingRoutes>(&destroyed);
+    EXPECT_EQ(lib_finish(&context), 0);
+    EXPECT_TRUE(destroyed);
+  }
+}
+
 TEST(Checker, HasNoErrorWhenItIsMade) {
   const ValidateConfig checker;
   EXPECT_EQ(checker.error_, "");

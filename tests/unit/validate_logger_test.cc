@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
+#include <latch>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -19,9 +22,14 @@ using ip_application::config_valid::ValidateLogger;
 
 namespace {
 
+constexpr int kFirstUsers = 2;
+constexpr int kTurns = 1000;  // for the other thread to ask as well, if nothing keeps it from that
+
 int the_log = 0;
 void* handle_to_give = &the_log;
-int times_asked = 0;
+std::latch first_users(kFirstUsers);
+std::atomic<int> times_asked = 0;
+std::mutex written;  // guards the rest
 void* handle_written_to = nullptr;
 const char* format_written = nullptr;
 std::vector<std::string> records;
@@ -30,10 +38,12 @@ std::vector<std::string> records;
 
 void* get_config_vald_log_handle() {
   ++times_asked;
+  for (int turn = 0; turn < kTurns && times_asked < kFirstUsers; ++turn) std::this_thread::yield();
   return handle_to_give;
 }
 
 void ztmw_vlog_debug(void* handle, const char* fmt, va_list args) {
+  const std::lock_guard lock(written);
   handle_written_to = handle;
   format_written = fmt;
   char text[8192];
@@ -52,11 +62,18 @@ TEST(ValidateLoggerOn, AsksForTheHandleOnceAndWritesToIt) {
   EXPECT_EQ(times_asked, 0) << "asked before the first use";
 
   {
-    std::array<std::jthread, 4> first_users;
-    for (std::jthread& user : first_users) user = std::jthread([] { ValidateLogger::instance(); });
+    std::array<std::jthread, kFirstUsers> users;
+    for (std::jthread& user : users) {
+      user = std::jthread([] {
+        first_users.arrive_and_wait();
+        ValidateLogger::Log("%s", "first use");
+      });
+    }
   }
   EXPECT_EQ(times_asked, 1);
-  EXPECT_TRUE(records.empty());
+  EXPECT_EQ(handle_written_to, &the_log);
+  EXPECT_EQ(records, std::vector<std::string>(kFirstUsers, "first use"));
+  records.clear();
 
   ValidateLogger::Log("plain");
   ValidateLogger::Log("'%s' and %u", "a 100% name", 7u);

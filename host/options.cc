@@ -124,8 +124,9 @@ CheckCommand AddCheck(CLI::App& app, Options& options, std::string& running_file
                        " beside the program")
       ->type_name("SO");
   command
-      ->add_option("--timeout", check.timeout,
-                   "time for all calls of the plug-in, 1 to 86400, default 60")
+      ->add_option(
+          "--timeout", check.timeout,
+          "time for reading each file and for all calls of the plug-in,\n1 to 86400, default 60")
       ->type_name("SECONDS")
       ->check(TimeoutError);
   AddChoice<Color>(*command, "--color", check.color,

@@ -1,5 +1,7 @@
 #include "static_route_config.h"
 
+#include <exception>
+
 #include "type_test.h"
 
 namespace ip_application::config_valid {
@@ -65,9 +67,32 @@ bool FindCommonPrefix(const RouteMap<Prefix>& blackhole_routes, const RouteMap<P
   return false;
 }
 
+// Gives a table that holds a family the counts of its last read back when an exception ends the
+// next one: points for that family judge by them without reading again.
+class CountsOfLastRead {
+ public:
+  explicit CountsOfLastRead(StaticRouteConfig& routes)
+      : routes_(routes), ipv4_(routes.ipv4_route_count_), ipv6_(routes.ipv6_route_count_) {}
+  ~CountsOfLastRead() {
+    const bool is_ended_by_exception = std::uncaught_exceptions() > exceptions_before_;
+    if (!is_ended_by_exception || !(routes_.ipv4_read_ || routes_.ipv6_read_)) return;
+    routes_.ipv4_route_count_ = ipv4_;
+    routes_.ipv6_route_count_ = ipv6_;
+  }
+  CountsOfLastRead(const CountsOfLastRead&) = delete;
+  CountsOfLastRead& operator=(const CountsOfLastRead&) = delete;
+
+ private:
+  StaticRouteConfig& routes_;
+  const uint32_t ipv4_;
+  const uint32_t ipv6_;
+  const int exceptions_before_ = std::uncaught_exceptions();
+};
+
 }  // namespace
 
 void StaticRouteConfig::ReadConfig(ConfigAddrFamily family) {
+  const CountsOfLastRead counts(*this);
   ipv4_route_count_ = 0;
   ipv6_route_count_ = 0;
   maapi_cursor cursor{};

@@ -257,6 +257,19 @@ TEST_F(StaticRouteReader, ReadsAgainAfterAnException) {
   EXPECT_THAT(table.output_interfaces_, ElementsAre("l3 "));
 }
 
+// A point that asks for the family that was read does not read again, and still judges by the
+// counts of the whole table.
+TEST_F(StaticRouteReader, CountsOutliveAReadThatFails) {
+  Use({{0, "10.0.0.0/8", "192.0.2.2", "l3"}, {0, "fd00::/8", "fe80::1", "l3"}});
+  table.ReadConfigIfNeeded(kIpv4);
+  Use({{0, "10.0.0.0/8", "192.0.2.2", "l"}, {0, "11.0.0.0/8"}});
+  FollowCursor();
+  EXPECT_THROW(table.ReadConfigIfNeeded(kIpv6), std::out_of_range);
+  ExpectCursorLeftOpen();
+  EXPECT_EQ(table.ipv4_route_count_, 1u);
+  EXPECT_EQ(table.ipv6_route_count_, 1u);
+}
+
 // Keys that the data model does not deliver
 // --------------------------------------------------------
 

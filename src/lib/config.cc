@@ -147,6 +147,7 @@ nettypes::IPv4AddrMask GenericConfig::get_ipv4_addr_mask(const confd_value_t& ad
                                                          const confd_value_t& prefix) const {
   nettypes::IPv4AddrMask mask;
   if (addr.type != C_BINARY || prefix.type != C_INT32) return mask;
+  // Deliberate: the line before leaves nothing for this test to find.
   IPAV_REQUIRE_TYPE(prefix, C_INT32, "(&prefix)->type == C_INT32", "src/lib/config", 164);
   mask.set_addr(get_ipv4_addr(addr));
   mask.set_prefix_len(static_cast<uint8_t>(CONFD_GET_INT32(&prefix)));
@@ -157,6 +158,7 @@ nettypes::IPv6AddrMask GenericConfig::get_ipv6_addr_mask(const confd_value_t& ad
                                                          const confd_value_t& prefix) const {
   nettypes::IPv6AddrMask mask;
   if (addr.type != C_BINARY || prefix.type != C_INT32) return mask;
+  // Deliberate: likewise.
   IPAV_REQUIRE_TYPE(prefix, C_INT32, "(&prefix)->type == C_INT32", "src/lib/config", 179);
   mask.set_addr(get_ipv6_addr(addr));
   mask.set_prefix_len(static_cast<uint8_t>(CONFD_GET_INT32(&prefix)));
@@ -352,7 +354,7 @@ void Ospfv2Config::ReadConfig(ConfigAddrFamily family) {
   auto entries = get_key_list(interface_list_path_, kOspfKeyCount);
   for (auto next = entries.begin(); next != entries.end();) {
     const auto entry = next++;
-    const std::vector<std::string>& keys = *entry;
+    std::vector<std::string>& keys = *entry;
     const std::string& keyed_name = keys[kOspfIntfName];
     const size_t hyphen = keyed_name.find('-');
     if (hyphen == std::string::npos) continue;
@@ -366,6 +368,9 @@ void Ospfv2Config::ReadConfig(ConfigAddrFamily family) {
     record.intf_name[hyphen] = ' ';  // Deliberate: only the first hyphen
     record.process_id = GetProcessIdFromCompoundId(compound_id);
     record.vrf_name = GetVrfName(compound_id);
+    // With what was read of it: another transaction may say otherwise of the same entry.
+    keys.insert(keys.end(),
+                {std::to_string(prefix_len), std::to_string(record.process_id), record.vrf_name});
     const auto earlier = merged.find(keys);
     if (earlier != merged.end()) {
       merged.erase(earlier);  // another entry may have the same texts, which are cut

@@ -226,7 +226,8 @@ class Ospfv2Config : public GenericConfig {
  private:
   OspfIf* FindRecord(const OspfIf& wanted);
 
-  // Key texts of the entries that were merged by a read which an exception ended.
+  // Key texts of the entries that were merged by a read which an exception ended, and behind them
+  // what was read of each.
   std::list<std::vector<std::string>> merged_keys_;
 
   // The first records of table_, and of these the first `indexed_` by interface, process and VRF;

@@ -111,7 +111,9 @@ const TextCase kTextCases[] = {
      "Not octets as two hex digits each, joined by ':', such as 0a:00:00:00. "
      "0a00 is written 0a:00 here.",
      1},
-    {"HexListOfOneDigit", R"({"store-sample:values": {"octets": "a"}})",
+    {"HexListOfOneDigit", R"({"store-sample:values": {"octets": "a:1"}})",
+     "a:1 is written 0a:01 here.", 1},
+    {"NoHexList", R"({"store-sample:values": {"octets": "0g"}})",
      "such as 0a:00:00:00. Data location", 1},
     {"DottedQuadForHexList", R"({"store-sample:values": {"octets": "10.0.255.0"}})",
      "10.0.255.0 is written 0a:00:ff:00 here.", 1},

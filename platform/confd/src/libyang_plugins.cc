@@ -19,6 +19,7 @@ namespace {
 
 constexpr const char* kModule = "tailf-common";
 constexpr const char* kRevision = "2024-01-01";
+constexpr const char* kBlanks = " \t\r\n";
 
 // --- The extension tailf:validate
 // -----------------------------------------------------------------------------------
@@ -88,6 +89,12 @@ LY_ERR NoValue(const TextType& text_type, const lysc_type* type, const std::stri
   const lysc_pattern* const* patterns = reinterpret_cast<const lysc_type_str*>(type)->patterns;
   std::string message = "Not an " + std::string(text_type.what) + ".";
   if (LY_ARRAY_COUNT(patterns) > 0 && patterns[0]->emsg != nullptr) message = patterns[0]->emsg;
+  const size_t first = text.find_first_not_of(kBlanks);
+  const std::string trimmed =
+      first == text.npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+  if (trimmed != text && text_type.canonicalize(trimmed)) {
+    message.append(" No blanks may stand around ").append(trimmed).append(".");
+  }
   const std::string right_form = text_type.right_form(text);
   if (!right_form.empty()) message.append(" ").append(right_form);
   return ly_err_new(err, LY_EVALID, LYVE_DATA, nullptr, nullptr, "%s", message.c_str());

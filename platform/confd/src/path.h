@@ -22,8 +22,7 @@ namespace confd {
 /// looks like a conversion, for which nobody passed an argument. How many there are cannot be told
 /// in C, but whether the format is a constant of a program can. So only these formats read
 /// arguments: constants, and what begins with a conversion, as no path does. Any other with a
-/// conversion, except
-/// %%, is an error, whatever the configuration holds.
+/// conversion, except %%, is an error, whatever the configuration holds.
 class FormattedPath {
  public:
   FormattedPath(const char* format, va_list args);

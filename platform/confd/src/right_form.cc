@@ -45,6 +45,22 @@ std::string InOctets(const std::string& digits) {
   return octets;
 }
 
+constexpr char kHexDigits[] = "0123456789abcdefABCDEF";
+
+// The digits of octets that are written with one or two digits each and ":" or "-" between them;
+// empty for any other text.
+std::string DigitsBetween(const std::string& text) {
+  std::string digits;
+  for (size_t begin = 0; begin <= text.size();) {
+    const size_t end = std::min(text.find_first_of(":-", begin), text.size());
+    const std::string octet = text.substr(begin, end - begin);
+    if (octet.size() > 2 || !IsAll(octet, kHexDigits)) return "";
+    digits += (octet.size() == 1 ? "0" : "") + octet;
+    begin = end + 1;
+  }
+  return digits;
+}
+
 std::string HexDigits(const unsigned char* bytes, size_t count) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string digits;
@@ -62,7 +78,8 @@ std::string RightAddressAndLength(const std::string& text, int family) {
   if (IsAddress(text, family)) {
     return text + " lacks its length, such as " + text + usual_length + ".";
   }
-  const size_t slash = text.rfind('/');
+  // As the command lines of devices have it: 192.0.2.1 255.255.255.0.
+  const size_t slash = text.find_last_of("/ ");
   if (slash == std::string::npos) return "";
   const std::string address = text.substr(0, slash);
   std::string length = text.substr(slash + 1);
@@ -72,6 +89,8 @@ std::string RightAddressAndLength(const std::string& text, int family) {
   }
   if (length.size() < 2 || length.front() != '0' || !IsAll(length, "0123456789")) return "";
   length.erase(0, std::min(length.find_first_not_of('0'), length.size() - 1));
+  const size_t full_length = family == AF_INET ? 32 : 128;
+  if (length.size() > 3 || std::stoul(length) > full_length) return "";
   return IsWritten(text, address + "/" + length);
 }
 
@@ -83,10 +102,19 @@ std::string RightHexList(const std::string& text) {
   if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) {
     return IsWritten(text, InOctets(HexDigits(bytes.data(), bytes.size())));
   }
-  if (text.size() % 2 == 0 && IsAll(text, "0123456789abcdefABCDEF")) {
-    return IsWritten(text, InOctets(text));
+  if (const size_t slash = text.find('/'); slash != std::string::npos) {
+    const std::string address = text.substr(0, slash);
+    const std::string right = RightHexList(address);
+    return IsAddress(address, AF_INET) || IsAddress(address, AF_INET6)
+               ? right + " A length has no place in it."
+               : "";
   }
-  return "";
+  if (text.starts_with("0x")) {
+    return RightHexList(text.substr(2)).empty() ? "" : IsWritten(text, InOctets(text.substr(2)));
+  }
+  if (text.size() % 2 == 0 && IsAll(text, kHexDigits)) return IsWritten(text, InOctets(text));
+  const std::string digits = DigitsBetween(text);
+  return digits.empty() ? "" : IsWritten(text, InOctets(digits));
 }
 
 }  // namespace confd

@@ -45,12 +45,20 @@ void CheckCalls(const confd::Snapshot& running, const confd::Snapshot& candidate
   }
 }
 
+// JSON that ends too early is never a configuration. XML may be, between two top-level elements.
+void CheckThatNothingCanBeMissing(const std::string& text) {
+  const size_t last = text.find_last_not_of(" \t\r\n");
+  if (text[last] != '}') return;
+  Require(Parse(text.substr(0, last)) == nullptr, "without its last brace a text is refused");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 16384) return 0;  // more of the same only takes time
   const SnapshotPtr configuration = Parse({reinterpret_cast<const char*>(data), size});
   if (configuration == nullptr) return 0;
+  CheckThatNothingCanBeMissing({reinterpret_cast<const char*>(data), size});
 
   static const SnapshotPtr empty = confd::Snapshot::Empty(DataModel());
   CheckCalls(*empty, *configuration);

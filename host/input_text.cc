@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 #include "descriptor_io.h"
 #include "one_line.h"
@@ -75,6 +75,12 @@ const char* KindOf(std::string_view text) {
       {"\xfd\x37zXZ\0"sv, "it is compressed by xz"},
       {"\x28\xb5\x2f\xfd"sv, "it is compressed by zstd"},
       {"PK\x03\x04"sv, "it is a ZIP archive"},
+      {"\xff\xfe\0\0"sv, "it is in UTF-32, not in UTF-8"},
+      {"\0\0\xfe\xff"sv, "it is in UTF-32, not in UTF-8"},
+      {"<\0\0\0"sv, "it is in UTF-32, not in UTF-8"},
+      {"{\0\0\0"sv, "it is in UTF-32, not in UTF-8"},
+      {"\0\0\0<"sv, "it is in UTF-32, not in UTF-8"},
+      {"\0\0\0{"sv, "it is in UTF-32, not in UTF-8"},
       {"\xff\xfe"sv, "it is in UTF-16, not in UTF-8"},
       {"\xfe\xff"sv, "it is in UTF-16, not in UTF-8"},
       {"<\0"sv, "it is in UTF-16, not in UTF-8"},
@@ -95,13 +101,27 @@ bool IsBinary(std::string_view text) {
   });
 }
 
-// Whether the first line of a text is a document start or a key of YAML.
+// Whether a text begins with a bracket and then a value or nothing, and not with a section such as
+// [interface].
+bool IsJsonArray(std::string_view text) {
+  if (!text.starts_with('[')) return false;
+  const size_t next = text.find_first_not_of(kBlanks, 1);
+  return next == text.npos || std::string_view("{[]\"-0123456789").find(text[next]) != text.npos;
+}
+
+bool IsChunkHeader(std::string_view line) {
+  return line.size() > 1 && line.front() == '#' &&
+         line.find_first_not_of("0123456789", 1) == line.npos;
+}
+
+// Whether the first line of a text is a document start, an entry or a key of YAML.
 bool LooksLikeYaml(std::string_view line) {
-  if (line.starts_with("---") || line.starts_with("%YAML")) return true;
+  if (line == "---" || line.starts_with("%YAML") || line.starts_with("- ")) return true;
   const size_t colon = line.find(": ");
   const std::string_view key = line.substr(0, colon == line.npos ? line.size() - 1 : colon);
   const bool has_colon = colon != line.npos || line.ends_with(':');
-  return has_colon && !key.empty() && key.find_first_of(" \t\"'(){}<>") == key.npos;
+  return has_colon && !key.empty() && key.find_first_of(" \t\"'(){}<>") == key.npos &&
+         key.find_first_not_of("0123456789") != key.npos;
 }
 
 }  // namespace
@@ -135,7 +155,7 @@ std::string ReadInputText(const std::string& file, size_t max_size) {
   if (fstat(input.get(), &about) == 0 && S_ISREG(about.st_mode)) {
     text.reserve(std::min(static_cast<size_t>(about.st_size), max_size));
   }
-  std::array<char, kChunk> chunk{};
+  std::vector<char> chunk(kChunk);  // not on the stack, which may be small
   bool looked_early = false;
   for (;;) {
     const ssize_t got = ReadBlocking(input.get(), chunk.data(), chunk.size());
@@ -155,19 +175,27 @@ std::string ReadInputText(const std::string& file, size_t max_size) {
 InputFormat SniffFormat(const std::string& name, std::string_view text) {
   const size_t first = FirstNonBlank(text);
   if (first == std::string_view::npos) throw LocatedError(name, 0, "the file is empty");
+  const size_t number = 1 + static_cast<size_t>(std::count(
+                                text.begin(), text.begin() + static_cast<ptrdiff_t>(first), '\n'));
   if (const char* kind = KindOf(text)) {
-    throw LocatedError(name, 0, std::string("neither XML nor JSON: ") + kind);
+    throw LocatedError(name, number, std::string("neither XML nor JSON: ") + kind);
   }
   if (text[first] == '<') return InputFormat::kXml;
   if (text[first] == '{') return InputFormat::kJson;
-  if (text[first] == '[') {
-    throw LocatedError(name, 0, "a JSON array, but a configuration is an object, {...}");
+  if (IsJsonArray(text.substr(first))) {
+    throw LocatedError(name, number, "a JSON array, but a configuration is an object, {...}");
   }
   const std::string_view line = text.substr(first, text.find_first_of("\r\n", first) - first);
-  if (LooksLikeYaml(line)) throw LocatedError(name, 0, "neither XML nor JSON: it looks like YAML");
+  if (LooksLikeYaml(line))
+    throw LocatedError(name, number, "neither XML nor JSON: it looks like YAML");
+  if (IsChunkHeader(line)) {
+    throw LocatedError(
+        name, number,
+        "a NETCONF message in chunks (RFC 6242); leave out the lines that begin with #");
+  }
   if (IsBinary(line.substr(0, kShownBeginning)))
-    throw LocatedError(name, 0, "neither XML nor JSON: binary data");
-  throw LocatedError(name, 0,
+    throw LocatedError(name, number, "neither XML nor JSON: binary data");
+  throw LocatedError(name, number,
                      "neither XML nor JSON: it begins with \"" + Cut(line, kShownBeginning) + "\"");
 }
 
@@ -186,7 +214,9 @@ void CheckUtf8(const std::string& name, std::string_view text) {
       continue;
     }
     const size_t length = Utf8Length(text.substr(i));
-    if (length == 0) throw LocatedError(name, line, "not UTF-8");
+    if (length == 0) {
+      throw LocatedError(name, line, "not UTF-8; convert the file, such as by iconv -t UTF-8");
+    }
     i += length;
   }
 }

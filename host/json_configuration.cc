@@ -2,7 +2,6 @@
 
 #include <libyang/libyang.h>
 
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -11,9 +10,6 @@
 
 namespace ipvald {
 namespace {
-
-// One annotated node may have this much metadata (RFC 7952). libyang's time grows with the square.
-constexpr size_t kMaxMetadata = 256;
 
 bool IsA(const SchemaWalk::Child& child, uint16_t node_types) {
   return (child.node->nodetype & node_types) != 0;
@@ -30,16 +26,15 @@ class Configuration : public JsonHandler {
   }
 
   void BeginObject(size_t offset) override {
-    metadata_ = 0;
     if (Skips(offset)) {
       ++skipped_;
     } else if (coming_ == Coming::kConfiguration) {
       if (!open_.empty()) edits_.Blank(source_.text, 0, offset);
-      open_.push_back({Part::kConfiguration, {}, {}});
+      open_.push_back({Part::kConfiguration, {}});
     } else {
       if (IsA(Next(), LYS_LIST) ? !InArray() : !IsA(Next(), LYS_CONTAINER)) throw WrongForm(offset);
       walk_.Open(Next(), offset);
-      open_.push_back({Part::kNode, Next(), {}});
+      open_.push_back({Part::kNode, Next()});
     }
   }
 
@@ -58,12 +53,14 @@ class Configuration : public JsonHandler {
       ++skipped_;
       return;
     }
-    const bool is_empty_leaf = coming_ == Coming::kNode && IsA(next_, LYS_LEAF) &&
-                               JsonFormOf(next_.node) == JsonForm::kEmpty;
-    if (InArray() || (!is_empty_leaf && !IsA(Next(), LYS_LIST | LYS_LEAFLIST))) {
+    const SchemaWalk::Child child = Next();
+    if (BeginsEmptyValue()) {
+      open_.push_back({Part::kEmptyValue, child});
+    } else if (!InArray() && IsA(child, LYS_LIST | LYS_LEAFLIST)) {
+      open_.push_back({Part::kArray, child});
+    } else {
       throw WrongForm(offset);
     }
-    open_.push_back({Part::kArray, next_, {}});
   }
 
   void EndArray(size_t /*offset*/) override {
@@ -75,17 +72,12 @@ class Configuration : public JsonHandler {
   }
 
   void Member(std::string_view name, size_t offset) override {
-    if (skipped_ > 0) {
-      if (++metadata_ > kMaxMetadata && coming_ == Coming::kMetadata) {
-        throw source_.ErrorAt(
-            offset, "more than " + std::to_string(kMaxMetadata) + " members in one annotation");
-      }
-      return;
-    }
+    if (skipped_ > 0) return;
     if (open_.size() == 1 && IsWrapperMember(name, offset)) return;
     if (name.starts_with('@')) {
-      AddAnnotation(name, offset);
-      return;
+      // Metadata (RFC 7952) says what is to become of a node, which is no part of a configuration.
+      throw source_.ErrorAt(offset,
+                            "the annotation " + walk_.Shown(name) + " is not read; leave it out");
     }
     coming_ = Coming::kNode;
     next_ = Find(name, offset);
@@ -94,43 +86,57 @@ class Configuration : public JsonHandler {
 
   void Scalar(JsonKind kind, std::string_view text, size_t offset) override {
     if (Skips(offset)) return;
-    const bool in_array = InArray();
     const SchemaWalk::Child leaf = Next();
-    const bool is_empty_leaf =
-        in_array && IsA(leaf, LYS_LEAF) && kind == JsonKind::kNull;  // the null of [null]
-    if (!is_empty_leaf && !IsA(leaf, in_array ? LYS_LEAFLIST : LYS_LEAF)) throw WrongForm(offset);
+    const bool is_empty = open_.back().part == Part::kEmptyValue;
+    const bool fits =
+        is_empty ? kind == JsonKind::kNull : IsA(leaf, InArray() ? LYS_LEAFLIST : LYS_LEAF);
+    if (!fits) throw WrongForm(offset);
     walk_.Open(leaf, offset);
     const std::string shown = ShownValue(text, kind == JsonKind::kString);
-    if (walk_.looks_at_values() && !is_empty_leaf) CheckForm(kind, shown, offset);
-    walk_.Value(is_empty_leaf ? "" : text, shown);
+    if (walk_.looks_at_values() && !is_empty) CheckForm(kind, shown, offset);
+    walk_.Value(is_empty ? "" : text, shown);
     walk_.Close();
   }
 
  private:
-  // What an object or array that is open holds.
-  enum class Part { kConfiguration, kNode, kArray };
+  // What an object or array that is open holds. [null] is the value of the type empty.
+  enum class Part { kConfiguration, kNode, kArray, kEmptyValue };
 
   struct Open {
     Part part;
-    SchemaWalk::Child child;  // of kNode and kArray
-    std::set<std::string> annotations;
+    SchemaWalk::Child child;  // of all but kConfiguration
   };
 
   // What the next value is.
-  enum class Coming { kConfiguration, kNode, kMetadata };
+  enum class Coming { kConfiguration, kNode };
 
   // Whether the next value is none of the configuration's own.
   bool Skips(size_t offset) const {
-    if (skipped_ > 0 || coming_ == Coming::kMetadata) return true;
+    if (skipped_ > 0) return true;
     if (coming_ == Coming::kNode) return IsA(Next(), LYS_ANYDATA);
-    if (source_.text[offset] != '{') throw source_.ErrorAt(offset, "an object is expected");
+    if (source_.text[offset] != '{') {
+      throw source_.ErrorAt(offset, "a configuration is an object, {...}");
+    }
     return false;
   }
 
   bool InArray() const { return open_.back().part == Part::kArray; }
 
   // The node whose value comes next.
-  const SchemaWalk::Child& Next() const { return InArray() ? open_.back().child : next_; }
+  const SchemaWalk::Child& Next() const {
+    const Part part = open_.back().part;
+    return part == Part::kArray || part == Part::kEmptyValue ? open_.back().child : next_;
+  }
+
+  // Whether an array that begins is [null], of a leaf or in the array of a leaf-list.
+  bool BeginsEmptyValue() const {
+    const SchemaWalk::Child& child = Next();
+    if (open_.back().part == Part::kEmptyValue || !IsA(child, LYS_LEAF | LYS_LEAFLIST))
+      return false;
+    const JsonForm form = JsonFormOf(child.node);
+    const bool may_be_empty = form == JsonForm::kEmpty || form == JsonForm::kAny;
+    return may_be_empty && IsA(child, LYS_LEAF) != InArray();
+  }
 
   // Whether the member is the wrapper around a configuration.
   bool IsWrapperMember(std::string_view name, size_t offset) {
@@ -154,15 +160,6 @@ class Configuration : public JsonHandler {
     return walk_.Find(name.substr(0, colon), name.substr(colon + 1), offset);
   }
 
-  void AddAnnotation(std::string_view name, size_t offset) {
-    if (name != "@") Find(name.substr(1), offset);
-    if (!open_.back().annotations.insert(std::string(name)).second) {
-      throw source_.ErrorAt(offset,
-                            walk_.Shown(name) + " stands twice in one " + walk_.ShownNode());
-    }
-    coming_ = Coming::kMetadata;
-  }
-
   InputError WrongForm(size_t offset) const {
     const SchemaWalk::Child& child = Next();
     std::string form = "one value";
@@ -179,8 +176,8 @@ class Configuration : public JsonHandler {
       throw source_.ErrorAt(offset, walk_.ShownNode() + " has no value: it is there as [null]");
     }
     if (kind == JsonKind::kNull) {
-      throw source_.ErrorAt(offset,
-                            walk_.ShownNode() + " is null; a member without a value is left out");
+      throw source_.ErrorAt(
+          offset, walk_.ShownNode() + " is null; leave the member out, or give it a value");
     }
     const bool is_string = kind == JsonKind::kString;
     if (form == JsonForm::kAny || is_string == (form == JsonForm::kString)) return;
@@ -197,8 +194,7 @@ class Configuration : public JsonHandler {
   SchemaWalk::Child next_;   // what the last member names
   bool has_member_ = false;  // of the outermost object
   bool wrapped_ = false;
-  size_t skipped_ = 0;   // open objects and arrays of metadata and anydata
-  size_t metadata_ = 0;  // members of the last object
+  size_t skipped_ = 0;  // open objects and arrays of anydata
 };
 
 }  // namespace

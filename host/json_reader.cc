@@ -1,6 +1,8 @@
 #include "json_reader.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -11,6 +13,12 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kDigits = "0123456789";
 constexpr size_t kShownLength = 20;  // bytes of an unexpected text that a message shows
+
+// RFC 7950, section 14, as far as one escape can tell.
+bool IsYangCharacter(uint32_t unit) {
+  if (unit < 0x20) return unit == '\t' || unit == '\n' || unit == '\r';
+  return unit < 0xfffe;
+}
 
 bool IsHighSurrogate(uint32_t unit) { return unit >= 0xd800 && unit <= 0xdbff; }
 bool IsLowSurrogate(uint32_t unit) { return unit >= 0xdc00 && unit <= 0xdfff; }
@@ -95,9 +103,11 @@ class JsonReader {
     open_.back().is_filled = true;
     if (Peek() != '"') throw Unexpected("the name of a member, in double quotes,");
     const size_t offset = at_;
-    handler_.Member(String(), offset);
+    const std::string_view name = String();
     SkipBlanks();
+    // Before the name is judged: without a colon a quote may be missing, and the name be none.
     if (!Take(':')) throw Unexpected("a colon");
+    handler_.Member(name, offset);
     SkipBlanks();
     Value();
   }
@@ -142,7 +152,9 @@ class JsonReader {
     } else if (c == '"') {
       handler_.Scalar(JsonKind::kString, String(), offset);
     } else if (c == '-' || (c >= '0' && c <= '9')) {
-      handler_.Scalar(JsonKind::kNumber, Number(), offset);
+      const std::string_view number = Number();
+      RequireEndOfWord();
+      handler_.Scalar(JsonKind::kNumber, number, offset);
     } else {
       Word(offset);
     }
@@ -158,10 +170,20 @@ class JsonReader {
     for (const Literal& literal : kLiterals) {
       if (text_.compare(at_, literal.text.size(), literal.text) != 0) continue;
       at_ += literal.text.size();
+      RequireEndOfWord();
       handler_.Scalar(literal.kind, literal.text, offset);
       return;
     }
-    throw Unexpected("a value");
+    const bool looks_like_text = std::isalpha(static_cast<unsigned char>(Peek())) != 0;
+    throw Unexpected(looks_like_text ? "a value (text stands in double quotes)" : "a value");
+  }
+
+  // A number or literal ends here, and does not go on as something that it is not.
+  void RequireEndOfWord() const {
+    if (at_ < text_.size() &&
+        std::string_view(",]} \t\r\n").find(text_[at_]) == std::string::npos) {
+      throw Unexpected(open_.back().is_object ? "a comma or }" : "a comma or ]");
+    }
   }
 
   std::string_view Number() {
@@ -203,13 +225,17 @@ class JsonReader {
     }
   }
 
+  static const char* ControlCharacter(char c) {
+    if (c == '\n' || c == '\r') return "the closing quote of a string is missing on this line";
+    if (c == '\t') return "a tab in a string is written \\t";
+    return "a control character is no character of a configuration";
+  }
+
   // Goes to the next quote or backslash.
   void SkipPlain(size_t string_begin) {
     while (at_ < text_.size() && text_[at_] != '"' && text_[at_] != '\\') {
       if (static_cast<unsigned char>(text_[at_]) < 0x20) {
-        throw Error(text_[at_] == '\n' ? "a string ends on the line on which it begins"
-                                       : "a control character in a string is written as \\u and "
-                                         "four hex digits");
+        throw Error(ControlCharacter(text_[at_]));
       }
       ++at_;
     }
@@ -221,16 +247,19 @@ class JsonReader {
   std::string Escape(size_t string_begin) {
     const size_t begin = at_++;
     const char c = Peek();
-    constexpr std::string_view kLetters = "\"\\/bfnrt";
-    constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t";
+    constexpr std::string_view kLetters = "\"\\/nrt";
+    constexpr std::string_view kMeanings = "\"\\/\n\r\t";
     if (const size_t i = kLetters.find(c); c != '\0' && i != kLetters.npos) {
       ++at_;
       return {kMeanings[i]};
     }
     if (c == '\0') SkipPlain(string_begin);
+    if (c == 'b' || c == 'f') {
+      throw BadEscape(begin, at_ + 1, "is no character of a configuration");
+    }
     if (!Take('u')) throw BadEscape(begin, at_ + 1, "is no escape of JSON");
     const uint32_t unit = HexUnit(begin);
-    if (unit == 0) throw BadEscape(begin, at_, "is no character of a configuration");
+    if (!IsYangCharacter(unit)) throw BadEscape(begin, at_, "is no character of a configuration");
     if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return Utf8(unit);
     if (IsLowSurrogate(unit) || text_.compare(at_, 2, "\\u") != 0) {
       throw BadEscape(begin, at_, "is half of a pair of surrogates");
@@ -238,7 +267,7 @@ class JsonReader {
     at_ += 2;
     const uint32_t low = HexUnit(begin);
     if (!IsLowSurrogate(low)) throw BadEscape(begin, at_, "is half of a pair of surrogates");
-    const std::string character = Utf8(0x10000 + ((unit - 0xd800) << 10) + (low - 0xdc00));
+    std::string character = Utf8(0x10000 + ((unit - 0xd800) << 10) + (low - 0xdc00));
     edits_.Replace(begin, at_, character);
     return character;
   }

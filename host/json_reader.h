@@ -1,6 +1,6 @@
 // A strict reader of JSON (RFC 8259), which libyang's is not: every text that it lets through is
 // well-formed to the last byte. A reader of our own, since those of the libraries tell no positions
-// and take as long as a fifth of all that is done with a file.
+// and take as long as a tenth of all that is done with a file.
 #ifndef HOST_JSON_READER_H_
 #define HOST_JSON_READER_H_
 

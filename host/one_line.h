@@ -8,8 +8,9 @@
 
 namespace ipvald {
 
-/// `text` as one line: every run of blanks and control bytes becomes one blank, none at either end,
-/// and what is longer than 500 bytes is cut (not inside a UTF-8 character) and ends with "...".
+/// `text` as one line: every run of blanks and of characters that steer a terminal becomes one
+/// blank, none at either end, and what is longer than 500 bytes is cut (not inside a UTF-8
+/// character) and ends with "...".
 std::string OneLine(std::string_view text);
 
 /// At most `max` bytes of `text`, not cut inside a UTF-8 character, with "..." behind when that is

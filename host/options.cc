@@ -18,7 +18,8 @@ constexpr uint32_t kMaxTimeout = 86400;  // seconds
 
 constexpr const char* kExitStatus =
     "Exit status: 0 accepted, 1 rejected, 2 no verdict (usage, unreadable or invalid\n"
-    "input, output not written), 3 the plug-in failed, 128+N ended by signal N.\n";
+    "input, too few descriptors or too little memory, output not written), 3 the\n"
+    "plug-in failed, 128+N ended by signal N.\n";
 
 constexpr const char* kCheckExamples =
     "Examples:\n"
@@ -193,7 +194,9 @@ Options ParseOptions(int argc, const char* const* argv) {
     if (points->parsed()) return TextToPrint(points->help("ipvald"));
     return TextToPrint(app.help());
   } catch (const CLI::RequiredError&) {
-    throw Fault("check: FILE is required", words);
+    throw Fault(running->count() > 0 ? "check: FILE is required: the candidate, beside --running"
+                                     : "check: FILE is required",
+                words);
   } catch (const CLI::ParseError& error) {
     throw Fault(error.what(), words);
   }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "nearest_word.h"
 #include "one_line.h"
 #include "value_words.h"
 
@@ -88,35 +89,47 @@ const lysc_node* SchemaWalk::ChildNamed(std::string_view name) const {
 InputError SchemaWalk::UnknownChild(std::string_view qualifier, std::string_view name,
                                     size_t offset) const {
   const bool is_xml = format_ == InputFormat::kXml;
+  const std::string local(name);
+  const std::string given =
+      Shown(is_xml || qualifier.empty() ? local : std::string(qualifier).append(":") + local);
   if (const lysc_node* child = ChildNamed(name)) {
-    const std::string local(name);
     if (is_xml) {
-      return source_.ErrorAt(offset, Shown(name) + " is written <" + local + " xmlns=\"" +
-                                         child->module->ns + "\"> here");
+      return source_.ErrorAt(offset, given + " is written <" + local + " xmlns=\"" +
+                                         child->module->ns +
+                                         "\"> here, or with a prefix of that namespace");
     }
-    const std::string given =
-        qualifier.empty() ? local : std::string(qualifier).append(":").append(local);
     return source_.ErrorAt(
-        offset, Shown(given) + " is written " +
+        offset, given + " is written " +
                     Shown(std::string(child->module->name).append(":").append(local)) + " here");
   }
   if (node() != nullptr && IsLeafLike(node())) {
-    return source_.ErrorAt(
-        offset, Shown(name) + " stands in " + ShownNode() + ", which has a value and nothing else");
+    return source_.ErrorAt(offset, Shown(name) + " stands in " + ShownNode() +
+                                       ", which has a value and nothing else; is </" +
+                                       node()->name + "> missing?");
   }
   const bool module_is_known =
       qualifier.empty() ||
       (is_xml ? ly_ctx_get_module_implemented_ns(context_, std::string(qualifier).c_str())
               : ly_ctx_get_module_implemented(context_, std::string(qualifier).c_str())) != nullptr;
   if (!module_is_known) {
-    return source_.ErrorAt(offset, Shown(name) + ": no module of the data model has the " +
+    return source_.ErrorAt(offset, given + ": no module of the data model has the " +
                                        (is_xml ? "namespace " : "name ") + Quoted(qualifier));
   }
   const std::string lacking = !qualifier.empty() || node() != nullptr ? ""
                               : is_xml ? " has no namespace (xmlns) and"
                                        : " has no module name and";
-  return source_.ErrorAt(offset, Shown(name) + lacking + " is not known in " + ShownNode() +
-                                     ", which holds " + ShownChildren());
+  return source_.ErrorAt(offset, given + lacking + " is not known in " + ShownNode() +
+                                     ", which holds " + ShownChildren() + NearestChild(name));
+}
+
+// A question for a name that was probably mistyped.
+std::string SchemaWalk::NearestChild(std::string_view name) const {
+  constexpr size_t kMaxLength = 64;  // no name is longer
+  if (name.size() > kMaxLength) return "";
+  std::vector<std::string> known;
+  for (const lysc_node* child : *stack_[depth_].children) known.emplace_back(child->name);
+  const std::string nearest = NearestWord(name, known);
+  return nearest.empty() ? "" : "; did you mean " + Shown(nearest) + "?";
 }
 
 // The names of the configuration below the open node, as they are written there.
@@ -168,6 +181,7 @@ void SchemaWalk::Value(std::string_view text, std::string_view shown) {
     }
   }
   const bool is_key = lysc_is_key(leaf);
+  if (is_key && format_ == InputFormat::kXml && looks_at_values()) CheckKeyOrder();
   if (!is_key && leaf->nodetype != LYS_LEAFLIST) return;
   // Different texts of one value are told apart only where it is known that something is wrong.
   std::string value = looks_at_values() ? CanonicalValue(context_, leaf, text) : std::string(text);
@@ -178,6 +192,16 @@ void SchemaWalk::Value(std::string_view text, std::string_view shown) {
     keys[position] = std::move(value);
   } else if (const size_t first = AddEntry(value); first != begin()) {
     throw SecondEntry("the value " + Quoted(text), first);
+  }
+}
+
+// RFC 7950, section 7.8.5: in XML the keys of an entry stand in the order of the key statement.
+void SchemaWalk::CheckKeyOrder() const {
+  const Level& list = stack_[depth_ - 1];
+  for (size_t i = 0; i < stack_[depth_].child.position; ++i) {
+    if (list.seen[i] != 0) continue;
+    throw source_.ErrorAt(begin(), ShownNode() + " is a key of " + Shown(list.child.node->name) +
+                                       " and stands behind " + Shown((*list.children)[i]->name));
   }
 }
 

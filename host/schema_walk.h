@@ -97,6 +97,8 @@ class SchemaWalk {
   bool HasQualifier(const lysc_node* child, std::string_view qualifier) const;
   InputError UnknownChild(std::string_view qualifier, std::string_view name, size_t offset) const;
   std::string ShownChildren() const;
+  std::string NearestChild(std::string_view name) const;
+  void CheckKeyOrder() const;
   void CloseEntry();
   size_t AddEntry(const std::string& keys);
   InputError SecondEntry(const std::string& keys, size_t first) const;

@@ -35,11 +35,17 @@ Words CommandNames(const CLI::App& app) {
   return names;
 }
 
+void AppendOptions(const CLI::App& command, Words& names) {
+  for (const CLI::Option* option : command.get_options()) {
+    for (const std::string& long_name : option->get_lnames()) names.push_back("--" + long_name);
+  }
+}
+
+// `command` may also be the program, whose commands' options are meant before them, too.
 std::string UnknownOption(const CLI::App& command, const std::string& name) {
   Words known;
-  for (const CLI::Option* option : command.get_options()) {
-    for (const std::string& long_name : option->get_lnames()) known.push_back("--" + long_name);
-  }
+  AppendOptions(command, known);
+  for (const CLI::App* below : command.get_subcommands({})) AppendOptions(*below, known);
   return "unknown option " + Shown(name) + DidYouMean(name, known);
 }
 

@@ -4,6 +4,7 @@
 #include <libyang/plugins_types.h>
 
 #include <cstdint>
+#include <string_view>
 
 namespace ipvald {
 namespace {
@@ -105,13 +106,24 @@ std::string EnumerationWords(const lysc_type* type) {
   return words;
 }
 
+// libyang has types of its own for what ietf-inet-types defines.
+std::string AddressWords(std::string_view plugin_id) {
+  if (!plugin_id.starts_with("libyang")) return "";
+  if (plugin_id.find("ipv4-address") != plugin_id.npos) return "an IPv4 address such as 192.0.2.1";
+  if (plugin_id.find("ipv6-address") != plugin_id.npos)
+    return "an IPv6 address such as 2001:db8::1";
+  if (plugin_id.find("ipv4-prefix") != plugin_id.npos) return "a prefix such as 192.0.2.0/24";
+  if (plugin_id.find("ipv6-prefix") != plugin_id.npos) return "a prefix such as 2001:db8::/32";
+  return "";
+}
+
 // Empty for types whose values have no short description.
 std::string Words(const lysc_type* type) {
   if (IsNumber(type->basetype)) return NumberWords(type);
   if (type->basetype == LY_TYPE_ENUM) return EnumerationWords(type);
   if (type->basetype == LY_TYPE_BOOL) return "true or false";
   if (type->basetype == LY_TYPE_EMPTY) return "no value";
-  return "";
+  return AddressWords(type->plugin->id);
 }
 
 const char* ErrorMessageOf(const lysc_type* type) {
@@ -125,6 +137,8 @@ const char* ErrorMessageOf(const lysc_type* type) {
 std::string ValueFault(const ly_ctx* context, const lysc_node* leaf, std::string_view text) {
   const lysc_type* type = TypeOf(leaf);
   if (NeedsConfiguration(type)) return "";
+  // An exponent is worked out by the parser before the type sees the number.
+  if (IsNumber(type->basetype) && text.find_first_of("eE") != text.npos) return "";
   const LY_ERR result =
       lyd_value_validate(context, leaf, text.data(), text.size(), nullptr, nullptr, nullptr);
   if (result == LY_SUCCESS || result == LY_EINCOMPLETE) return "";

@@ -50,6 +50,8 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
+bool IsLeafLike(const lysc_node* node) { return (node->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0; }
+
 // What else NETCONF brings, by the name of its outer element.
 struct Message {
   std::string_view name;
@@ -78,7 +80,7 @@ class Configuration : public XmlHandler {
       ++skipped_;
       return;
     }
-    CheckBlank();
+    if (walk_.node() == nullptr || !IsLeafLike(walk_.node())) BlankContent(tag.begin);
     StartContent(tag.end);
     if (walk_.node() == nullptr) {
       if (OpenWrapper(tag)) return;
@@ -86,7 +88,8 @@ class Configuration : public XmlHandler {
       CopyDeclarations(tag);
       has_top_ = true;
     }
-    const SchemaWalk::Child child = walk_.Find(tag.uri, tag.local_name, tag.begin);
+    const SchemaWalk::Child child = walk_.Find(tag.name.uri, tag.name.local, tag.begin);
+    CheckAttributes(tag);
     if ((child.node->nodetype & (LYS_LIST | LYS_LEAFLIST)) == 0) walk_.AddOnce(child, tag.begin);
     walk_.Open(child, tag.begin);
     if ((child.node->nodetype & LYS_ANYDATA) != 0) skipped_ = 1;
@@ -95,14 +98,14 @@ class Configuration : public XmlHandler {
   void EndElement(size_t begin, size_t end) override {
     if (skipped_ > 0 && --skipped_ > 0) return;
     if (walk_.node() == nullptr) {
-      CheckBlank();
+      BlankContent(begin);
       CloseWrapper(begin, end);
     } else {
-      if ((walk_.node()->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0) {
+      if (IsLeafLike(walk_.node())) {
         walk_.Value(content_.text, ShownValue(content_.text, true));
         if (content_.is_rewritten) RewriteContent(begin, end);
       } else {
-        CheckBlank();
+        BlankContent(begin);
       }
       walk_.Close();
     }
@@ -143,10 +146,16 @@ class Configuration : public XmlHandler {
     content_.is_rewritten = false;
   }
 
-  // Text stands in leaves only.
-  void CheckBlank() const {
+  // Sees to it that there is no text in what ends at `end`, since text stands in leaves only, and
+  // that its blanks are written as such.
+  void BlankContent(size_t end) {
     const size_t first = content_.text.find_first_not_of(kBlanks);
-    if (first == std::string::npos) return;
+    if (first == std::string::npos) {
+      if (!content_.is_rewritten) return;
+      edits_.DropFrom(content_.begin);
+      edits_.Blank(source_.text, content_.begin, end);
+      return;
+    }
     const size_t last = content_.text.find_last_not_of(kBlanks);
     const std::string shown = ShownValue(content_.text.substr(first, last + 1 - first), true);
     throw source_.ErrorAt(
@@ -157,16 +166,21 @@ class Configuration : public XmlHandler {
   // Whether `tag` is a wrapper where it stands: <rpc-reply> outermost, then one <data> or <config>.
   bool OpenWrapper(const XmlTag& tag) {
     if (has_top_ || holds_configuration_) return false;
-    if (!tag.uri.empty() && tag.uri != kBaseNamespace) return false;
-    const bool holds_configuration = tag.local_name == "data" || tag.local_name == "config";
-    if (!holds_configuration && !(tag.local_name == "rpc-reply" && wrappers_.empty())) return false;
+    if (!tag.name.uri.empty() && tag.name.uri != kBaseNamespace) return false;
+    const bool holds_configuration = tag.name.local == "data" || tag.name.local == "config";
+    if (!holds_configuration && !(tag.name.local == "rpc-reply" && wrappers_.empty())) return false;
+    for (const XmlName& attribute : tag.attributes) {
+      if (attribute.uri != kBaseNamespace) continue;  // such as the message-id of a reply
+      throw source_.ErrorAt(tag.begin, "the attribute " + std::string(attribute.local) + " of " +
+                                           walk_.Shown(tag.name.local) + " belongs to an edit");
+    }
     for (const XmlDeclaration& own : tag.declarations) {
       const std::string name = own.prefix.empty() ? "xmlns" : "xmlns:" + own.prefix;
       declarations_[own.prefix] =
           own.uri.empty() ? "" : " " + name + "=\"" + Escaped(own.uri) + "\"";
     }
     edits_.Blank(source_.text, tag.begin, tag.end);
-    wrappers_.push_back({std::string(tag.local_name), !tag.uri.empty(), tag.begin});
+    wrappers_.push_back({std::string(tag.name.local), !tag.name.uri.empty(), tag.begin});
     holds_configuration_ = holds_configuration;
     return true;
   }
@@ -185,24 +199,40 @@ class Configuration : public XmlHandler {
     if (wrapper_is_closed_) {
       throw source_.ErrorAt(tag.begin, "element behind the end of the NETCONF wrapper");
     }
-    if (tag.uri.empty() || tag.uri == kBaseNamespace) {
+    if (tag.name.uri.empty() || tag.name.uri == kBaseNamespace) {
       for (const Message& message : kMessages) {
-        if (tag.local_name == message.name) throw source_.ErrorAt(tag.begin, message.words);
+        if (tag.name.local == message.name) throw source_.ErrorAt(tag.begin, message.words);
       }
+    }
+    if (tag.name.local == "data") {
+      throw source_.ErrorAt(tag.begin, "<data> of the namespace \"" + std::string(tag.name.uri) +
+                                           "\" is no wrapper that is known; that of NETCONF is "
+                                           "<data xmlns=\"" +
+                                           std::string(kBaseNamespace) + "\">");
     }
     if (wrappers_.empty()) return;
     const Wrapper& wrapper = wrappers_.back();
     if (wrapper.name == "rpc-reply") {
       throw source_.ErrorAt(tag.begin,
-                            walk_.Shown(tag.local_name) + " in an <rpc-reply>, which holds <data>");
+                            walk_.Shown(tag.name.local) + " in an <rpc-reply>, which holds <data>");
     }
     const lysc_node* own = walk_.ChildNamed(wrapper.name);
-    if (wrapper.in_namespace || !tag.uri.empty() || own == nullptr) return;
+    if (wrapper.in_namespace || !tag.name.uri.empty() || own == nullptr) return;
     const std::string shown = "<" + wrapper.name;
     throw source_.ErrorAt(wrapper.begin, shown +
                                              "> without a namespace is that of NETCONF; that "
                                              "of the data model is " +
                                              shown + " xmlns=\"" + own->module->ns + "\">");
+  }
+
+  // Metadata (RFC 7952) says what is to become of a node, which is no part of a configuration.
+  void CheckAttributes(const XmlTag& tag) const {
+    if (tag.attributes.empty()) return;
+    const std::string name(tag.attributes.front().local);
+    throw source_.ErrorAt(tag.begin, "the attribute " + name + " of " +
+                                         walk_.Shown(tag.name.local) +
+                                         " is not read; values are elements, such as <" + name +
+                                         ">...</" + name + ">");
   }
 
   // Puts the wrapper's declarations behind the name of an element, but for those that it makes

@@ -9,6 +9,9 @@
 #include <new>
 #include <string>
 
+#include "one_line.h"
+#include "resources.h"
+
 namespace ipvald {
 namespace {
 
@@ -43,8 +46,7 @@ class XmlReader {
     }
     SetHandlers();
     root_end_ = 0;
-    const std::string_view rest = std::string_view(text_).substr(begin_);
-    XML_Parse(parser_.get(), rest.data(), static_cast<int>(rest.size()), XML_TRUE);
+    ParseFrom(begin_);
     if (failure_ != nullptr) std::rethrow_exception(failure_);
     if (root_end_ > 0) {
       begin_ = root_end_;
@@ -54,13 +56,29 @@ class XmlReader {
     throw SyntaxError();
   }
 
+  // expat copies what it gets, so it gets the text in growing pieces, up to the end of the element.
+  void ParseFrom(size_t begin) {
+    constexpr size_t kFirstPiece = 4096;
+    constexpr size_t kLargestPiece = 1 << 20;
+    XML_Status status = XML_STATUS_OK;
+    for (size_t piece = kFirstPiece; status == XML_STATUS_OK && root_end_ == 0;
+         piece = std::min(2 * piece, kLargestPiece)) {
+      const size_t size = std::min(piece, text_.size() - begin);
+      const bool is_last = begin + size == text_.size();
+      status = XML_Parse(parser_.get(), text_.data() + begin, static_cast<int>(size), is_last);
+      begin += size;
+      if (is_last) return;
+    }
+  }
+
   void SetHandlers() {
     XML_Parser parser = parser_.get();
     XML_SetUserData(parser, this);
     XML_SetElementHandler(
         parser,
-        [](void* self, const char* name, const char** /*attributes*/) {
-          Guard(self, [name](XmlReader& reader) { reader.BeginElement(name); });
+        [](void* self, const char* name, const char** attributes) {
+          Guard(self,
+                [name, attributes](XmlReader& reader) { reader.BeginElement(name, attributes); });
         },
         [](void* self, const char* /*name*/) {
           Guard(self, [](XmlReader& reader) { reader.EndElement(); });
@@ -119,20 +137,23 @@ class XmlReader {
 
   InputError Error(const std::string& message) const { return source_.ErrorAt(Begin(), message); }
 
-  void BeginElement(std::string_view name) {
-    const auto attributes = static_cast<size_t>(XML_GetSpecifiedAttributeCount(parser_.get())) / 2;
-    if (attributes + declarations_.size() > kMaxXmlAttributes) {
+  static XmlName Expanded(std::string_view name) {
+    const size_t separator = name.rfind(kSeparator);
+    if (separator == name.npos) return {"", name};
+    return {name.substr(0, separator), name.substr(separator + 1)};
+  }
+
+  // `attributes` are names and values in turn, and a null pointer.
+  void BeginElement(std::string_view name, const char** attributes) {
+    attributes_.clear();
+    for (; *attributes != nullptr; attributes += 2) attributes_.push_back(Expanded(*attributes));
+    if (attributes_.size() + declarations_.size() > kMaxXmlAttributes) {
       throw Error("<" + NameAt(Begin()) + "> has more than " + std::to_string(kMaxXmlAttributes) +
                   " attributes and namespace declarations");
     }
     if (open_.size() == kMaxXmlDepth) throw Error("elements are too deep");
-    const size_t separator = name.rfind(kSeparator);
-    const bool in_namespace = separator != name.npos;
-    const XmlTag tag{in_namespace ? name.substr(0, separator) : "",
-                     in_namespace ? name.substr(separator + 1) : name, declarations_, Begin(),
-                     End()};
-    open_.push_back(tag.begin);
-    handler_.BeginElement(tag);
+    open_.push_back(Begin());
+    handler_.BeginElement({Expanded(name), declarations_, attributes_, Begin(), End()});
     declarations_.clear();
   }
 
@@ -180,7 +201,9 @@ class XmlReader {
     };
     switch (XML_GetErrorCode(parser_.get())) {
       case XML_ERROR_NO_MEMORY:
-        throw std::bad_alloc();
+        // expat has a limit of its own on the memory for one piece of a text.
+        if (IsMemoryLimited()) throw std::bad_alloc();
+        return Error("a tag, comment or text is too large");
       case XML_ERROR_NO_ELEMENTS:
         return source_.ErrorAt(text_.size(), "the text ends inside <" + NameAt(open_.back()) + ">" +
                                                  OnLine(open_.back()));
@@ -196,7 +219,8 @@ class XmlReader {
         return Error("</" + NameAt(begin) + "> cannot close <" + NameAt(open_.back()) + ">" +
                      OnLine(open_.back()));
       case XML_ERROR_DUPLICATE_ATTRIBUTE:
-        return Error(until("= \t\r\n") + " stands twice in one tag");
+        return Error((rest.starts_with('<') ? "an attribute" : until("= \t\r\n")) +
+                     " stands twice in one tag");
       case XML_ERROR_UNBOUND_PREFIX:
         return Error("<" + NameAt(begin) +
                      "> has a prefix that no xmlns: declares, on its name or on an attribute");
@@ -219,6 +243,19 @@ class XmlReader {
     return InvalidToken(until(" \t\r\n"));
   }
 
+  // Text before the first top-level element or behind one.
+  InputError TextOutside(const std::string& shown) const {
+    if (begin_ == 0) return Error("an element is expected before " + shown);
+    const size_t first = text_.find_first_not_of(" \t\r\n", begin_);
+    const std::string_view rest = std::string_view(text_).substr(first);
+    if (rest.starts_with("]]>]]>") || rest.starts_with("##")) {
+      return source_.ErrorAt(first, "the end mark of a NETCONF message; leave it out");
+    }
+    const std::string_view line = rest.substr(0, rest.find_first_of("\r\n<"));
+    return source_.ErrorAt(first,
+                           "text after the end of the configuration: " + Cut(line, kShownLength));
+  }
+
   // expat stands at the first byte that does not fit, so what is wrong may be before it.
   InputError InvalidToken(const std::string& shown) const {
     const std::string_view before = std::string_view(text_).substr(0, Begin());
@@ -232,7 +269,8 @@ class XmlReader {
     if (before.ends_with("]]") && next == '>') return Error("]]> stands in text as ]]&gt;");
     if (before.ends_with("--")) return Error("-- may not stand in a comment");
     if (static_cast<unsigned char>(next) < 0x20) return Error("a control character in the text");
-    if (open_.empty() && !in_tag) return Error("an element is expected before " + shown);
+    if (open_.empty() && !in_tag) return TextOutside(shown);
+    if (before.ends_with("=")) return Error("the value of an attribute stands in quotes: " + shown);
     return Error("not well-formed at " + shown);
   }
 
@@ -244,6 +282,7 @@ class XmlReader {
   size_t root_end_ = 0;       // of the top-level element just read; 0 when there was none
   std::vector<size_t> open_;  // begins of the elements that are open
   std::vector<XmlDeclaration> declarations_;  // of the tag that is next
+  std::vector<XmlName> attributes_;           // likewise
   std::exception_ptr failure_;
 };
 

@@ -12,6 +12,11 @@
 
 namespace ipvald {
 
+struct XmlName {
+  std::string_view uri;  // empty when it is in no namespace
+  std::string_view local;
+};
+
 /// A namespace declaration of a tag. The default namespace has no prefix.
 struct XmlDeclaration {
   std::string prefix;
@@ -19,9 +24,9 @@ struct XmlDeclaration {
 };
 
 struct XmlTag {
-  std::string_view uri;  // namespace of the element, empty when it is in none
-  std::string_view local_name;
+  XmlName name;
   const std::vector<XmlDeclaration>& declarations;  // those of this tag
+  const std::vector<XmlName>& attributes;           // the others
   size_t begin;                                     // offsets in the text
   size_t end;
 };

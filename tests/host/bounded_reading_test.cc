@@ -56,23 +56,23 @@ const TextErrorCase kLargeTexts[] = {
      XmlWithL3(Repeated("<name>7</name></l3><l3 xmlns=\"urn:velmor:yang:ip-app\">", kMany) +
                "<name>8</name>"),
      "input:4: a second <l3> with name \"7\"; the first is on line 3"},
-    {"EqualAnnotations",
-     "{\"velmor-config:config\": {" + Repeated("\"@interface\": {}", kMany, ",") + "}}",
-     "input:1: \"@interface\" stands twice in one \"config\""},
-    {"UnknownAnnotations",
-     "{\"velmor-config:config\": {" + Numbered("\"@a", "\": {}, \"@b", "\": {},", kMany) + "}}",
-     "input:1: \"a0\" is not known in \"config\", which holds \"interface\""},
-    {"Metadata",
-     "{\"velmor-config:config\": {\"@interface\": {" + Numbered("\"a:b", "\": \"", "\",", kMany) +
-         "\"c:d\": 1}}}",
-     "input:1: more than 256 members in one annotation"},
     {"DeepArrays", "{\"velmor-config:config\": " + Repeated("[", kMany),
      "input:1: \"config\" takes an object, {...}"},
-    {"DeepMetadata", "{\"velmor-config:config\": {\"@interface\": " + Repeated("{\"a:b\": ", kMany),
-     "input:1: objects and arrays are too deep"},
-    {"DeepElements", Repeated("<data>", kMany),
-     "input:1: <data> has no namespace (xmlns) and is not known in the configuration, which holds "
+    {"Annotations",
+     "{\"velmor-config:config\": {" + Repeated("\"@interface\": {}", kMany, ",") + "}}",
+     "input:1: the annotation \"@interface\" is not read; leave it out"},
+    {"LongName", "{\"" + std::string(4'000'000, 'a') + "\": 1}",
+     "input:1: \"" + std::string(499, 'a') + "..."},
+    {"ManyRoots",
+     Numbered("<rtmStaticRtEntry-global xmlns=\"urn:velmor:yang:static-route\"><fte-index>",
+              "</fte-index><network/><prefix-length>0</prefix-length><next-hop/><!--",
+              "--></rtmStaticRtEntry-global>", kMany / 4) +
+         "<x/>",
+     "input:1: <x> has no namespace (xmlns) and is not known in the configuration, which holds "
      "<KX-RTM-MIB>, <internal>, <config>, <rtmStaticRtEntry-global>"},
+    {"DeepElements", Repeated("<data>", kMany),
+     "input:1: <data> of the namespace \"\" is no wrapper that is known; that of NETCONF is <data "
+     "xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">"},
 };
 
 class LargeText : public testing::TestWithParam<TextErrorCase> {};

@@ -130,18 +130,20 @@ const TextErrorCase kErrors[] = {
     {"Empty", "", "input: the file is empty"},
     {"OnlyBlanks", " \n\t\r\n", "input: the file is empty"},
     {"OnlyByteOrderMark", "\xef\xbb\xbf", "input: the file is empty"},
-    {"OtherText", "hello", "input: neither XML nor JSON: it begins with \"hello\""},
-    {"JsonArray", "[]", "input: a JSON array, but a configuration is an object, {...}"},
+    {"OtherText", "hello", "input:1: neither XML nor JSON: it begins with \"hello\""},
+    {"JsonArray", "[]", "input:1: a JSON array, but a configuration is an object, {...}"},
     {"Utf16", std::string("\xff\xfe<\0c\0", 6),
-     "input: neither XML nor JSON: it is in UTF-16, not in UTF-8"},
+     "input:1: neither XML nor JSON: it is in UTF-16, not in UTF-8"},
     {"BinaryGarbage",
      "\x7f"
      "ELF\x02\x01",
-     "input: neither XML nor JSON: binary data"},
-    {"NotUtf8", "{\n\"\xff\"", "input:2: not UTF-8"},
-    {"OverlongUtf8", "{\"\xc0\xaf\"", "input:1: not UTF-8"},
-    {"SurrogateInUtf8", "{\"\xed\xa0\x80\"", "input:1: not UTF-8"},
-    {"CutUtf8", "{\"\xe2\x82", "input:1: not UTF-8"},
+     "input:1: neither XML nor JSON: binary data"},
+    {"NotUtf8", "{\n\"\xff\"", "input:2: not UTF-8; convert the file, such as by iconv -t UTF-8"},
+    {"OverlongUtf8", "{\"\xc0\xaf\"",
+     "input:1: not UTF-8; convert the file, such as by iconv -t UTF-8"},
+    {"SurrogateInUtf8", "{\"\xed\xa0\x80\"",
+     "input:1: not UTF-8; convert the file, such as by iconv -t UTF-8"},
+    {"CutUtf8", "{\"\xe2\x82", "input:1: not UTF-8; convert the file, such as by iconv -t UTF-8"},
     {"NulByte", std::string("{}\n\n\0", 5), "input:3: NUL byte in the text"},
     {"TruncatedXml", "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n",
      "input:3: the text ends inside <interface>, which begins on line 2"},
@@ -151,7 +153,7 @@ const TextErrorCase kErrors[] = {
      "input:1: the text ends inside a comment, which begins on line 1"},
     {"MismatchedTag", "<config xmlns=\"urn:velmor:yang:config\">\n</confix>",
      "input:2: </confix> cannot close <config>, which begins on line 1"},
-    {"TextAfterXml", kBare + "\njunk", "input:2: an element is expected before junk"},
+    {"TextAfterXml", kBare + "\njunk", "input:2: text after the end of the configuration: junk"},
     {"TruncatedJson", "{\"velmor-config:config\":\n{",
      "input:2: the text ends inside an object, which begins on line 2"},
     {"JsonSyntax", "{\"velmor-config:config\":\n{\"interface\":}}",
@@ -160,7 +162,7 @@ const TextErrorCase kErrors[] = {
     {"UnknownElement", XmlWithL3("<name>7</name>\n<colour>red</colour>"),
      "input:5: <colour> is not known in <l3>, which holds <name>, <vrf>, <lower-layer-if>, <ipv4>, <ipv6>"},
     {"UnknownNamespace", "<config xmlns=\"urn:x\"/>",
-     "input:1: <config> is written <config xmlns=\"urn:velmor:yang:config\"> here"},
+     "input:1: <config> is written <config xmlns=\"urn:velmor:yang:config\"> here, or with a prefix of that namespace"},
     {"NoNamespace", "<configuration/>",
      "input:1: <configuration> has no namespace (xmlns) and is not known in the configuration, which holds <KX-RTM-MIB>, <internal>, <config>, <rtmStaticRtEntry-global>"},
     {"UnknownJsonMember", "{\"velmor-config:config\":{\n\"colour\":1}}",
@@ -200,11 +202,11 @@ const TextErrorCase kErrors[] = {
      InBase("data") + "\n" + XmlWithL3("<name>7</name>\n<colour/>") + "</data>",
      "input:6: <colour> is not known in <l3>, which holds <name>, <vrf>, <lower-layer-if>, <ipv4>, <ipv6>"},
     {"WrapperInWrapper", "<data>\n<data/></data>",
-     "input:2: <data> has no namespace (xmlns) and is not known in the configuration, which holds <KX-RTM-MIB>, <internal>, <config>, <rtmStaticRtEntry-global>"},
+     "input:2: <data> of the namespace \"\" is no wrapper that is known; that of NETCONF is <data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">"},
     {"WrapperInOtherNamespace", "<data xmlns=\"urn:x\"/>",
-     "input:1: <data>: no module of the data model has the namespace \"urn:x\""},
+     "input:1: <data> of the namespace \"urn:x\" is no wrapper that is known; that of NETCONF is <data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">"},
     {"ErrorInJsonWrapperKeepsItsLine", "{\n\"data\":\n{\n\"colour:x\":1}}",
-     "input:4: \"x\": no module of the data model has the name \"colour\""},
+     "input:4: \"colour:x\": no module of the data model has the name \"colour\""},
     {"MemberBesideJsonWrapper", "{\"data\":\n{}, \"x\": {}}",
      "input:2: nothing may stand beside \"data\""},
 };
@@ -290,7 +292,7 @@ TEST_F(UnreadableFile, BigFileOfAnotherKindIsNotReadToItsEnd) {
   std::ofstream(file) << "garbage";
   // As large as a file can be that has no more than a few bytes on the disk.
   std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
-  EXPECT_EQ(ErrorOfFile(file), file + ": neither XML nor JSON: binary data");
+  EXPECT_EQ(ErrorOfFile(file), file + ":1: neither XML nor JSON: binary data");
 }
 
 TEST_F(UnreadableFile, LargerThanTheLimit) {
@@ -323,6 +325,23 @@ const OneLineCase kOneLineCases[] = {
      "a\x1b[31m\x7f"
      "b",
      "a [31m b"},
+    {"ControlCharacters",
+     "a\xc2\x9b"
+     "31mb\xc2\x80"
+     "c\xc2\x9f"
+     "d\xc2\xa0"
+     "e",
+     "a 31mb c d\xc2\xa0"
+     "e"},
+    {"Directions",
+     "a\xe2\x80\xae"
+     "b\xe2\x81\xa6"
+     "c\xe2\x80\x8f"
+     "d\xe2\x80\xa9"
+     "e",
+     "a b c d\xe2\x80\xa9"
+     "e"},
+    {"CutCharacter", "a\xe2", "a\xe2"},
     {"Longest", std::string(500, 'x'), std::string(500, 'x')},
     {"TooLong", std::string(501, 'x'), std::string(500, 'x') + "..."},
     {"CutBeforeACharacter", std::string(500, 'x') + "\xc3\xa4", std::string(500, 'x') + "..."},

@@ -207,8 +207,9 @@ const BadFileCase kBadFiles[] = {
      std::string("\x7f"
                  "ELF\x02\x01\x01\0\n\xff",
                  10),
-     "FILE: neither XML nor JSON: binary data"},
-    {"NotUtf8", Xml("<name>\xff</name>"), "FILE:4: not UTF-8"},
+     "FILE:1: neither XML nor JSON: binary data"},
+    {"NotUtf8", Xml("<name>\xff</name>"),
+     "FILE:4: not UTF-8; convert the file, such as by iconv -t UTF-8"},
 };
 
 class BadFile : public testing::TestWithParam<BadFileCase> {

@@ -82,11 +82,11 @@ const UsageCase kUsage[] = {
      "--format stands before the command, but belongs behind it: check --format (see ipvald "
      "--help)"},
     {"UnknownOptionBeforeTheCommand", "--runing a.json check b.json",
-     "unknown option --runing (see ipvald --help)"},
+     "unknown option --runing: did you mean --running? (see ipvald --help)"},
     // Files.
     {"NoFile", "check", "check: FILE is required (see ipvald check --help)"},
     {"NoFileBehindRunning", "check --running a.json",
-     "check: FILE is required (see ipvald check --help)"},
+     "check: FILE is required: the candidate, beside --running (see ipvald check --help)"},
     {"NoFileBehindTheTerminator", "check --", "check: FILE is required (see ipvald check --help)"},
     {"TwoFiles", "check a.json b.json",
      "b.json is one FILE too many; the configuration before a change is given by --running FILE "

@@ -17,8 +17,6 @@
 namespace ipvald {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
-
 // libyang prints what it finds wrong unless told otherwise, so it is told for the time of one
 // parse.
 class QuietLibyang {

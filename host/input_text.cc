@@ -16,7 +16,6 @@ namespace ipvald {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr size_t kChunk = 65536;        // bytes asked for by one read
 constexpr size_t kShownBeginning = 40;  // bytes of an unknown text that a message shows
 constexpr size_t kEarlyLook = 4096;     // bytes after which a big file of another kind is given up

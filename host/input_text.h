@@ -12,6 +12,12 @@ namespace ipvald {
 
 enum class InputFormat { kXml, kJson };
 
+/// What XML and JSON take for a blank.
+inline constexpr std::string_view kBlanks = " \t\r\n";
+
+/// Bytes of an unexpected text that a message shows.
+inline constexpr size_t kShownLength = 20;
+
 /// Larger files are refused; 256 MiB is some thousand times the largest configuration that a device
 /// takes.
 inline constexpr size_t kMaxConfigurationSize = size_t{256} << 20;

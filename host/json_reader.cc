@@ -10,9 +10,7 @@
 namespace ipvald {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kDigits = "0123456789";
-constexpr size_t kShownLength = 20;  // bytes of an unexpected text that a message shows
 
 // RFC 7950, section 14, as far as one escape can tell.
 bool IsYangCharacter(uint32_t unit) {

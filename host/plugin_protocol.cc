@@ -1,6 +1,7 @@
 #include "plugin_protocol.h"
 
 #include <utility>
+#include <variant>
 
 #include "confd_lib.h"
 #include "one_line.h"

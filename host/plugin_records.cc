@@ -3,6 +3,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
 
 namespace ipvald {
 namespace {

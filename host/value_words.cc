@@ -3,7 +3,8 @@
 #include <libyang/libyang.h>
 #include <libyang/plugins_types.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace ipvald {
@@ -40,54 +41,48 @@ const lysc_type* TypeOf(const lysc_node* leaf) {
   return type;
 }
 
-bool IsNumber(LY_DATA_TYPE basetype) {
-  return basetype == LY_TYPE_INT8 || basetype == LY_TYPE_INT16 || basetype == LY_TYPE_INT32 ||
-         basetype == LY_TYPE_INT64 || basetype == LY_TYPE_UINT8 || basetype == LY_TYPE_UINT16 ||
-         basetype == LY_TYPE_UINT32 || basetype == LY_TYPE_UINT64;
-}
+// What libyang calls a type of whole numbers.
+struct NumberType {
+  LY_DATA_TYPE basetype;
+  bool is_unsigned;
+  bool is_json_number;  // RFC 7951, section 6.1: numbers of 64 bits are strings
+  const char* low;      // as far as the width goes
+  const char* high;
+};
 
-bool IsUnsigned(LY_DATA_TYPE basetype) {
-  return basetype == LY_TYPE_UINT8 || basetype == LY_TYPE_UINT16 || basetype == LY_TYPE_UINT32 ||
-         basetype == LY_TYPE_UINT64;
+const NumberType kNumberTypes[] = {
+    {LY_TYPE_INT8, false, true, "-128", "127"},
+    {LY_TYPE_INT16, false, true, "-32768", "32767"},
+    {LY_TYPE_INT32, false, true, "-2147483648", "2147483647"},
+    {LY_TYPE_INT64, false, false, "-9223372036854775808", "9223372036854775807"},
+    {LY_TYPE_UINT8, true, true, "0", "255"},
+    {LY_TYPE_UINT16, true, true, "0", "65535"},
+    {LY_TYPE_UINT32, true, true, "0", "4294967295"},
+    {LY_TYPE_UINT64, true, false, "0", "18446744073709551615"},
+};
+
+// Null for any other type.
+const NumberType* NumberTypeOf(const lysc_type* type) {
+  const auto* const found =
+      std::find_if(std::begin(kNumberTypes), std::end(kNumberTypes),
+                   [type](const NumberType& number) { return number.basetype == type->basetype; });
+  return found == std::end(kNumberTypes) ? nullptr : found;
 }
 
 std::string FromTo(const std::string& low, const std::string& high) {
   return low == high ? low : "from " + low + " to " + high;
 }
 
-// What the width of the type leaves.
-std::string WidthWords(LY_DATA_TYPE basetype) {
-  switch (basetype) {
-    case LY_TYPE_INT8:
-      return FromTo(std::to_string(INT8_MIN), std::to_string(INT8_MAX));
-    case LY_TYPE_INT16:
-      return FromTo(std::to_string(INT16_MIN), std::to_string(INT16_MAX));
-    case LY_TYPE_INT32:
-      return FromTo(std::to_string(INT32_MIN), std::to_string(INT32_MAX));
-    case LY_TYPE_INT64:
-      return FromTo(std::to_string(INT64_MIN), std::to_string(INT64_MAX));
-    case LY_TYPE_UINT8:
-      return FromTo("0", std::to_string(UINT8_MAX));
-    case LY_TYPE_UINT16:
-      return FromTo("0", std::to_string(UINT16_MAX));
-    case LY_TYPE_UINT32:
-      return FromTo("0", std::to_string(UINT32_MAX));
-    default:
-      return FromTo("0", std::to_string(UINT64_MAX));
-  }
-}
-
-std::string NumberWords(const lysc_type* type) {
+std::string NumberWords(const lysc_type* type, const NumberType& number) {
   const lysc_range* range = reinterpret_cast<const lysc_type_num*>(type)->range;
   std::string words = "a whole number ";
-  if (range == nullptr) return words + WidthWords(type->basetype);
+  if (range == nullptr) return words + FromTo(number.low, number.high);
   LY_ARRAY_COUNT_TYPE i;
   LY_ARRAY_FOR(range->parts, i) {
     const auto& part = range->parts[i];
     if (i > 0) words += " or ";
-    words += IsUnsigned(type->basetype)
-                 ? FromTo(std::to_string(part.min_u64), std::to_string(part.max_u64))
-                 : FromTo(std::to_string(part.min_64), std::to_string(part.max_64));
+    words += number.is_unsigned ? FromTo(std::to_string(part.min_u64), std::to_string(part.max_u64))
+                                : FromTo(std::to_string(part.min_64), std::to_string(part.max_64));
   }
   return words;
 }
@@ -119,7 +114,7 @@ std::string AddressWords(std::string_view plugin_id) {
 
 // Empty for types whose values have no short description.
 std::string Words(const lysc_type* type) {
-  if (IsNumber(type->basetype)) return NumberWords(type);
+  if (const NumberType* number = NumberTypeOf(type)) return NumberWords(type, *number);
   if (type->basetype == LY_TYPE_ENUM) return EnumerationWords(type);
   if (type->basetype == LY_TYPE_BOOL) return "true or false";
   if (type->basetype == LY_TYPE_EMPTY) return "no value";
@@ -127,7 +122,7 @@ std::string Words(const lysc_type* type) {
 }
 
 const char* ErrorMessageOf(const lysc_type* type) {
-  if (!IsNumber(type->basetype)) return nullptr;
+  if (NumberTypeOf(type) == nullptr) return nullptr;
   const lysc_range* range = reinterpret_cast<const lysc_type_num*>(type)->range;
   return range == nullptr ? nullptr : range->emsg;
 }
@@ -138,7 +133,7 @@ std::string ValueFault(const ly_ctx* context, const lysc_node* leaf, std::string
   const lysc_type* type = TypeOf(leaf);
   if (NeedsConfiguration(type)) return "";
   // An exponent is worked out by the parser before the type sees the number.
-  if (IsNumber(type->basetype) && text.find_first_of("eE") != text.npos) return "";
+  if (NumberTypeOf(type) != nullptr && text.find_first_of("eE") != text.npos) return "";
   const LY_ERR result =
       lyd_value_validate(context, leaf, text.data(), text.size(), nullptr, nullptr, nullptr);
   if (result == LY_SUCCESS || result == LY_EINCOMPLETE) return "";
@@ -163,23 +158,14 @@ std::string CanonicalValue(const ly_ctx* context, const lysc_node* leaf, std::st
 }
 
 JsonForm JsonFormOf(const lysc_node* leaf) {
-  switch (TypeOf(leaf)->basetype) {
-    case LY_TYPE_INT8:
-    case LY_TYPE_INT16:
-    case LY_TYPE_INT32:
-    case LY_TYPE_UINT8:
-    case LY_TYPE_UINT16:
-    case LY_TYPE_UINT32:
-      return JsonForm::kNumber;
-    case LY_TYPE_BOOL:
-      return JsonForm::kBoolean;
-    case LY_TYPE_EMPTY:
-      return JsonForm::kEmpty;
-    case LY_TYPE_UNION:
-      return JsonForm::kAny;
-    default:
-      return JsonForm::kString;
+  const lysc_type* type = TypeOf(leaf);
+  if (const NumberType* number = NumberTypeOf(type)) {
+    return number->is_json_number ? JsonForm::kNumber : JsonForm::kString;
   }
+  if (type->basetype == LY_TYPE_BOOL) return JsonForm::kBoolean;
+  if (type->basetype == LY_TYPE_EMPTY) return JsonForm::kEmpty;
+  if (type->basetype == LY_TYPE_UNION) return JsonForm::kAny;
+  return JsonForm::kString;
 }
 
 std::string ValuesOf(const lysc_node* leaf) {

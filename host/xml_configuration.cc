@@ -18,8 +18,6 @@ namespace {
 
 constexpr std::string_view kBaseNamespace = "urn:ietf:params:xml:ns:netconf:base:1.0";
 
-constexpr std::string_view kBlanks = " \t\r\n";
-
 // `text` as it stands in an element or attribute on one line.
 std::string Escaped(std::string_view text) {
   std::string escaped;

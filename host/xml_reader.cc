@@ -17,7 +17,6 @@ namespace {
 
 constexpr char kSeparator = '\n';  // between namespace and name, as expat gives them; in neither
 constexpr char kNoDoctype[] = "document type declarations are not accepted";
-constexpr size_t kShownLength = 20;  // bytes of an unexpected text that a message shows
 
 class XmlReader {
  public:
@@ -246,7 +245,7 @@ class XmlReader {
   // Text before the first top-level element or behind one.
   InputError TextOutside(const std::string& shown) const {
     if (begin_ == 0) return Error("an element is expected before " + shown);
-    const size_t first = text_.find_first_not_of(" \t\r\n", begin_);
+    const size_t first = text_.find_first_not_of(kBlanks, begin_);
     const std::string_view rest = std::string_view(text_).substr(first);
     if (rest.starts_with("]]>]]>") || rest.starts_with("##")) {
       return source_.ErrorAt(first, "the end mark of a NETCONF message; leave it out");

@@ -216,6 +216,10 @@ void CheckUtf8(const std::string& name, std::string_view text) {
     if (length == 0) {
       throw LocatedError(name, line, "not UTF-8; convert the file, such as by iconv -t UTF-8");
     }
+    if (const auto character = text.substr(i, length);
+        character == "\xef\xbf\xbe" || character == "\xef\xbf\xbf") {
+      throw LocatedError(name, line, "U+FFFE and U+FFFF are no characters of a configuration");
+    }
     i += length;
   }
 }

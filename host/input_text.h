@@ -53,8 +53,8 @@ InputFormat SniffFormat(const std::string& name, std::string_view text);
 /// Removes a UTF-8 byte order mark from the beginning of `text`.
 void RemoveByteOrderMark(std::string& text);
 
-/// @throws InputError  `text` is not UTF-8 (RFC 3629) or holds a NUL byte, with the line where it
-/// stops to be
+/// @throws InputError  `text` is not UTF-8 (RFC 3629), or holds a NUL byte, U+FFFE or U+FFFF, with
+/// the line where that is
 void CheckUtf8(const std::string& name, std::string_view text);
 
 }  // namespace ipvald

@@ -144,6 +144,12 @@ const TextErrorCase kErrors[] = {
     {"SurrogateInUtf8", "{\"\xed\xa0\x80\"",
      "input:1: not UTF-8; convert the file, such as by iconv -t UTF-8"},
     {"CutUtf8", "{\"\xe2\x82", "input:1: not UTF-8; convert the file, such as by iconv -t UTF-8"},
+    {"NoCharacter", "{\"\n\xef\xbf\xbe\"}",
+     "input:2: U+FFFE and U+FFFF are no characters of a configuration"},
+    {"LastCharacterBeforeThem", "{\"\xef\xbf\xbd\": 1}",
+     "input:1: \"\xef\xbf\xbd\" has no module name and is not known in the configuration, which holds "
+     "\"KX-RTM-MIB:KX-RTM-MIB\", \"velmor-internal:internal\", \"velmor-config:config\", "
+     "\"velmor-static-route:rtmStaticRtEntry-global\""},
     {"NulByte", std::string("{}\n\n\0", 5), "input:3: NUL byte in the text"},
     {"TruncatedXml", "<config xmlns=\"urn:velmor:yang:config\">\n<interface>\n",
      "input:3: the text ends inside <interface>, which begins on line 2"},

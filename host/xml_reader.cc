@@ -55,13 +55,13 @@ class XmlReader {
     throw SyntaxError();
   }
 
-  // expat copies what it gets, so it gets the text in growing pieces, up to the end of the element.
+  // expat copies what it gets. So it gets the text once, for the first element, which mostly is the
+  // only one, and for each further one in growing pieces up to its end.
   void ParseFrom(size_t begin) {
     constexpr size_t kFirstPiece = 4096;
-    constexpr size_t kLargestPiece = 1 << 20;
     XML_Status status = XML_STATUS_OK;
-    for (size_t piece = kFirstPiece; status == XML_STATUS_OK && root_end_ == 0;
-         piece = std::min(2 * piece, kLargestPiece)) {
+    for (size_t piece = begin == 0 ? text_.size() : kFirstPiece;
+         status == XML_STATUS_OK && root_end_ == 0; piece *= 2) {
       const size_t size = std::min(piece, text_.size() - begin);
       const bool is_last = begin + size == text_.size();
       status = XML_Parse(parser_.get(), text_.data() + begin, static_cast<int>(size), is_last);

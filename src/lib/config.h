@@ -189,7 +189,8 @@ class Ospfv2Config : public GenericConfig {
  public:
   /// Fills the table from the interface list; reads nothing for IPv6. Entries whose name key names
   /// no kind of interface, because it has no hyphen, are left out. What was merged before an
-  /// exception stays; the next call reads all entries again and merges those that were not merged.
+  /// exception stays; the next call reads all entries again and merges those that were not merged,
+  /// or that read otherwise now.
   ///
   /// @throws std::invalid_argument  a compound id is no number
   /// @throws std::out_of_range  it is 2^64 or more; of a smaller one the low 32 bits count

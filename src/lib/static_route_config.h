@@ -118,8 +118,9 @@ class StaticRouteConfig : public GenericConfig {
   bool CheckBlackHoleIpv4(std::shared_ptr<StaticRoute>& route) const;
   bool CheckBlackHoleIpv6(std::shared_ptr<StaticRoute>& route) const;
 
-  // Counts are of the whole table at the last read that came to its end, whichever family it was
-  // for; maps hold the families read so far.
+  // Counts are of the whole table at the last read, whichever family it was for; one that an
+  // exception ends changes them only as long as no family is read. Maps hold the families read so
+  // far.
   uint32_t ipv4_route_count_ = 0;
   RouteMap<nettypes::IPv4AddrMask> ipv4_routes_;  ///< with a next hop, by prefix
   RouteMap<nettypes::IPv4AddrMask> ipv4_blackhole_routes_;

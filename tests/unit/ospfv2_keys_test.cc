@@ -353,5 +353,37 @@ TEST_F(OspfKeys, ReadAfterAnExceptionMayMeetOtherEntries) {
   EXPECT_THAT(TextsOf(table), ElementsAre(kFirstRecord, kThirdRecord));
 }
 
+// An entry of the same keys that reads otherwise in a later transaction is another one.
+TEST_F(OspfKeys, ReadAfterAnExceptionMergesWhatReadsOtherwise) {
+  struct Change {
+    int prefix_len;
+    unsigned process_id;
+    const char* vrf;
+    std::vector<std::string> records;
+  };
+  const std::string first = kFirstRecord;
+  const Change kChanges[] = {
+      {24, 10, "red", {first}},
+      {25, 10, "red", {first + " 10.0.0.1/25"}},
+      {24, 11, "red", {first, "l3 1: ospf 11 vrf red area 0.0.0.1: 10.0.0.1/24"}},
+      {24, 10, "blue", {first, "l3 1: ospf 10 vrf blue area 0.0.0.1: 10.0.0.1/24"}},
+  };
+  for (const Change& change : kChanges) {
+    Configure(Device{.ospf = Join({OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", 24),
+                                   OspfEntry(2, "0.0.0.2", "l3-2", "10.0.0.2", 24)}),
+                     .ospf_processes = OspfProcess(1, 10, "red")});
+    Ospfv2Config fresh;
+    Bind(fresh);
+    texts.instead_of["2"] = "two";
+    EXPECT_THROW(fresh.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
+    texts.instead_of.clear();
+    Configure(Device{.ospf = OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", change.prefix_len),
+                     .ospf_processes = OspfProcess(1, change.process_id, change.vrf)});
+    Bind(fresh);
+    fresh.ReadConfigIfNeeded(kIpv4);
+    EXPECT_THAT(TextsOf(fresh), testing::ElementsAreArray(change.records));
+  }
+}
+
 }  // namespace
 }  // namespace ip_application::config_valid

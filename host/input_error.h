@@ -1,8 +1,11 @@
-// The one kind of error that ends ipvald without a verdict.
+// What the user gave and cannot be used.
 #ifndef HOST_INPUT_ERROR_H_
 #define HOST_INPUT_ERROR_H_
 
+#include <cstddef>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 
 namespace ipvald {
 
@@ -11,6 +14,12 @@ namespace ipvald {
 class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+/// How messages call the file: its name on one line, "standard input" for "-".
+std::string DisplayName(const std::string& file);
+
+/// "NAME:LINE: message", or "NAME: message" when `line` is 0; one line whatever `message` holds.
+InputError LocatedError(const std::string& name, size_t line, std::string_view message);
 
 }  // namespace ipvald
 

@@ -125,16 +125,6 @@ bool LooksLikeYaml(std::string_view line) {
 
 }  // namespace
 
-std::string DisplayName(const std::string& file) {
-  if (file == "-") return "standard input";
-  return file.empty() ? "\"\"" : OneLine(file);
-}
-
-InputError LocatedError(const std::string& name, size_t line, std::string_view message) {
-  const std::string place = line == 0 ? name : name + ":" + std::to_string(line);
-  return InputError(place + ": " + OneLine(message));
-}
-
 size_t SourceText::LineAt(size_t offset) const {
   const auto end = text.begin() + static_cast<ptrdiff_t>(std::min(offset, text.size()));
   return 1 + static_cast<size_t>(std::count(text.begin(), end, '\n'));

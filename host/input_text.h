@@ -22,12 +22,6 @@ inline constexpr size_t kShownLength = 20;
 /// takes.
 inline constexpr size_t kMaxConfigurationSize = size_t{256} << 20;
 
-/// How messages call the file: its name on one line, "standard input" for "-".
-std::string DisplayName(const std::string& file);
-
-/// "NAME:LINE: message", or "NAME: message" when `line` is 0; one line whatever `message` holds.
-InputError LocatedError(const std::string& name, size_t line, std::string_view message);
-
 /// The text of a configuration file and what messages call the file.
 struct SourceText {
   std::string name;

@@ -19,7 +19,6 @@
 #include <utility>
 
 #include "input_error.h"
-#include "input_text.h"
 #include "one_line.h"
 #include "orphans.h"
 #include "resources.h"

@@ -6,7 +6,7 @@
 #include <csignal>
 #include <utility>
 
-#include "input_text.h"
+#include "input_error.h"
 
 namespace ipvald {
 namespace {

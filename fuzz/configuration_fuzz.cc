@@ -37,7 +37,7 @@ void CheckCalls(const confd::Snapshot& running, const confd::Snapshot& candidate
     Require(call.instance == nullptr || call.list_parent == nullptr, "an entry or a whole list");
     Require(call.point->priority >= priority, "calls are in the order of their priorities");
     priority = call.point->priority;
-    const std::string path = ipvald::KeypathOf(*DataModel(), call).text();
+    const std::string path = KeypathOf(*DataModel(), call).text();
     Require(path.starts_with("/"), "a call has a path: " + path);
     const std::string reason = ipvald::ReasonOf(*DataModel(), call);
     Require(call.cause.has_value() && reason.find(" /") != reason.npos,

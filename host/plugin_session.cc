@@ -46,7 +46,7 @@ class Session {
 
   void Register(const std::string& name, void* context) { registry_.Register(name, context); }
 
-  EndRecord Call(const Plugin& plugin, const TriggeredCall& call) {
+  EndRecord Call(const Plugin& plugin, const confd::ValidationCall& call) {
     confd::Keypath keypath = KeypathOf(schema_, call);
     confd_value_t new_value = NewValue(call, keypath);
     std::string opaque = call.point->opaque;
@@ -75,7 +75,7 @@ class Session {
  private:
   // The value of a leaf; the node's tag where there is none, since the plug-in refuses a null
   // pointer.
-  confd_value_t NewValue(const TriggeredCall& call, confd::Keypath& keypath) const {
+  confd_value_t NewValue(const confd::ValidationCall& call, confd::Keypath& keypath) const {
     confd_value_t value{};
     const xml_tag tag = schema_.tag(call.point->node);
     CONFD_SET_XMLTAG(&value, tag.tag, tag.ns);

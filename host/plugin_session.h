@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd/validation_call.h"
 #include "plugin_records.h"
-#include "triggers.h"
 
 namespace ipvald {
 
@@ -19,7 +19,7 @@ struct PluginTask {
   std::string plugin;  // file name
   std::shared_ptr<const confd::Snapshot> running;
   std::shared_ptr<const confd::Snapshot> candidate;
-  std::vector<TriggeredCall> calls;
+  std::vector<confd::ValidationCall> calls;
   bool log = false;  // give the plug-in a log handle
 };
 

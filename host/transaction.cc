@@ -65,8 +65,9 @@ const char* NameOf(Verdict verdict) {
 TransactionReport RunTransaction(const std::shared_ptr<const confd::Snapshot>& running,
                                  const std::shared_ptr<const confd::Snapshot>& candidate,
                                  const TransactionOptions& options) {
-  const PluginTask task{options.plugin, running, candidate,
-                        FindTriggeredCalls(*running, *candidate), options.log};
+  const std::vector<TriggeredCall> calls = FindTriggeredCalls(*running, *candidate);
+  const PluginTask task{
+      options.plugin, running, candidate, {calls.begin(), calls.end()}, options.log};
   PluginRun run = RunPlugin(task, options.timeout);
 
   TransactionReport report;
@@ -74,10 +75,10 @@ TransactionReport RunTransaction(const std::shared_ptr<const confd::Snapshot>& r
   report.output = std::move(run.output);
   report.open_cursors = run.open_cursors;
   for (EndRecord& end : run.ended) {
-    SetOutcome(end, report.calls.emplace_back(Describe(candidate->schema(), task.calls[end.call])));
+    SetOutcome(end, report.calls.emplace_back(Describe(candidate->schema(), calls[end.call])));
   }
   if (run.in_call) {
-    report.calls.push_back(Describe(candidate->schema(), task.calls[*run.in_call]));
+    report.calls.push_back(Describe(candidate->schema(), calls[*run.in_call]));
   }
   Judge(run, report);
   return report;

@@ -91,13 +91,13 @@ class PointCalls {
   void Take(const confd::Snapshot& candidate, std::vector<TriggeredCall>& calls) const {
     if (causes_.empty()) return;
     if (called_ == nullptr) {
-      calls.push_back({&point_, nullptr, nullptr, causes_.begin()->second});
+      calls.push_back({{&point_, nullptr, nullptr}, causes_.begin()->second});
       return;
     }
     for (const lyd_node* node : InOrder(candidate)) {
       const auto& cause = causes_.at(node);
       calls.push_back(
-          {&point_, point_.call_once ? nullptr : node, point_.call_once ? node : nullptr, cause});
+          {{&point_, point_.call_once ? nullptr : node, point_.call_once ? node : nullptr}, cause});
     }
   }
 
@@ -198,11 +198,6 @@ std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
   std::vector<TriggeredCall> calls;
   for (const size_t i : order) points[i].Take(candidate, calls);
   return calls;
-}
-
-confd::Keypath KeypathOf(const confd::Schema& schema, const TriggeredCall& call) {
-  if (call.instance != nullptr) return confd::Keypath(schema, call.instance);
-  return confd::Keypath(schema, call.list_parent, call.point->node);
 }
 
 std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call) {

@@ -7,21 +7,13 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd/validation_call.h"
 
 namespace ipvald {
 
-/// One call of a validation point. The nodes belong to the snapshots that the calls were computed
-/// from, which must live as long.
-struct TriggeredCall {
-  const confd::ValidationPoint* point;
-
-  /// Node of the candidate that the call is about; null for a list as a whole (call-once).
-  const lyd_node* instance;
-
-  /// Node that holds the list of a call-once point; null for a top-level list and for calls with an
-  /// instance.
-  const lyd_node* list_parent;
-
+/// A call and why it is made. The nodes belong to the snapshots that the calls were computed from,
+/// which must live as long.
+struct TriggeredCall : confd::ValidationCall {
   /// First change that led to the call; none when the point is called at every validation.
   std::optional<confd::Change> cause;
 };
@@ -37,9 +29,6 @@ struct TriggeredCall {
 /// that the candidate does not have are not called.
 std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
                                               const confd::Snapshot& candidate);
-
-/// Keypath of the call.
-confd::Keypath KeypathOf(const confd::Schema& schema, const TriggeredCall& call);
 
 /// Why the call is made, for example "changed /config/interface/l3{7}/vrf".
 std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call);

@@ -103,16 +103,17 @@ std::string Verdict(const json& running, const json& candidate, bool with_name_p
   task.plugin = IPAV_PLUGIN;
   task.running = confd::Snapshot::FromText(DataModel(), running.dump());
   task.candidate = confd::Snapshot::FromText(DataModel(), candidate.dump());
-  task.calls = ipvald::FindTriggeredCalls(*task.running, *task.candidate);
+  const auto calls = ipvald::FindTriggeredCalls(*task.running, *task.candidate);
+  task.calls.assign(calls.begin(), calls.end());
   if (!with_name_point) {
     std::erase_if(task.calls, [](const auto& call) { return call.point->opaque == kNamePoint; });
   }
   std::string verdict = "accepted";
   ipvald::RunPluginSession(task, [&](const ipvald::Record& record) {
     if (const auto* end = std::get_if<ipvald::EndRecord>(&record); end != nullptr) {
-      const ipvald::TriggeredCall& call = task.calls[end->call];
+      const confd::ValidationCall& call = task.calls[end->call];
       if (end->result != CONFD_OK) {
-        verdict = call.point->opaque + " " + ipvald::KeypathOf(*DataModel(), call).text() + ": " +
+        verdict = call.point->opaque + " " + KeypathOf(*DataModel(), call).text() + ": " +
                   end->text.value_or("");
       }
     } else if (const auto* failed = std::get_if<ipvald::FailedRecord>(&record); failed != nullptr) {

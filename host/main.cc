@@ -6,11 +6,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -19,7 +17,6 @@
 #include <vector>
 
 #include "configuration_file.h"
-#include "descriptor_io.h"
 #include "input_error.h"
 #include "one_line.h"
 #include "options.h"
@@ -28,6 +25,7 @@
 #include "report_json.h"
 #include "report_text.h"
 #include "resources.h"
+#include "standard_output.h"
 #include "transaction.h"
 
 namespace ipvald {
@@ -68,15 +66,6 @@ void OccupyStandardDescriptors() {
 void ForgetLibyangPlugins() {
   for (const char* name : {"LIBYANG_TYPES_PLUGINS_DIR", "LIBYANG_EXTENSIONS_PLUGINS_DIR"}) {
     unsetenv(name);
-  }
-}
-
-// Writes the whole text, or throws: a verdict that nobody got is none.
-void Print(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = WriteBlocking(STDOUT_FILENO, text.data(), text.size());
-    if (written < 0) throw InputError(std::string("standard output: ") + std::strerror(errno));
-    text.remove_prefix(static_cast<size_t>(written));
   }
 }
 

@@ -10,8 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "input_error.h"
-
 namespace ipvald {
 namespace {
 
@@ -23,10 +21,10 @@ rlim_t Limit(int resource) {
                                                                             : RLIM_INFINITY;
 }
 
-InputError NoDescriptor(int error) {
-  if (error != EMFILE) return InputError(std::strerror(error));
-  return InputError("too few file descriptors: " + std::to_string(DescriptorLimit()) +
-                    " allowed (ulimit -n)");
+ResourceError NoDescriptor(int error) {
+  if (error != EMFILE) return ResourceError(std::strerror(error));
+  return ResourceError("too few file descriptors: " + std::to_string(DescriptorLimit()) +
+                       " allowed (ulimit -n)");
 }
 
 }  // namespace

@@ -4,8 +4,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 
 namespace ipvald {
+
+/// The caller's limits leave too little for any command. what() is one line.
+class ResourceError : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
 /// Bytes for reading the data model and a small configuration.
 inline constexpr size_t kMemoryOfCommand = size_t{40} << 20;
@@ -22,7 +28,7 @@ bool HasMemory(size_t size);
 
 /// Makes sure that there are descriptors enough for a command. Without them whatever is opened
 /// first would be blamed: a folder, a module, a file.
-/// @throws InputError
+/// @throws ResourceError
 void RequireDescriptors();
 
 }  // namespace ipvald

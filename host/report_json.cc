@@ -16,7 +16,7 @@ Json MessageOf(const CallReport& call) { return call.message ? Json(*call.messag
 Json FaultsOf(const TransactionReport& report) {
   Json faults = Json::array();
   for (size_t i = 0; i < report.calls.size(); ++i) {
-    for (const framework::Fault& fault : report.calls[i].faults) {
+    for (const FaultReport& fault : report.calls[i].faults) {
       faults.push_back({{"call", i},
                         {"level", fault.level},
                         {"function", fault.function},
@@ -31,21 +31,22 @@ Json FaultsOf(const TransactionReport& report) {
 // Everything but what only a call that came back has is null for the call in which the plug-in
 // failed.
 Json CallOf(const CallReport& call) {
+  const bool ended = call.answer != Answer::kNone;
   return {{"point", call.point},
           {"id", call.id},
           {"path", call.path},
           {"reason", call.reason},
-          {"result", call.ended ? Json(call.result) : Json()},
+          {"result", ended ? Json(call.result) : Json()},
           {"message", MessageOf(call)},
-          {"microseconds", call.ended ? Json(call.microseconds) : Json()},
-          {"datastore_calls", call.ended ? Json(call.datastore_calls) : Json()},
+          {"microseconds", ended ? Json(call.microseconds) : Json()},
+          {"datastore_calls", ended ? Json(call.datastore_calls) : Json()},
           {"log", call.log}};
 }
 
 Json WarningsOf(const TransactionReport& report) {
   Json warnings = Json::array();
   for (const CallReport& call : report.calls) {
-    if (!call.ended || call.result != CONFD_VALIDATION_WARN) continue;
+    if (call.answer != Answer::kWarning) continue;
     warnings.push_back({{"point", call.point}, {"path", call.path}, {"message", MessageOf(call)}});
   }
   return warnings;

@@ -81,7 +81,7 @@ void AppendDecision(Text& text, const TransactionReport& report) {
 
 void AppendWarnings(Text& text, const TransactionReport& report) {
   for (const CallReport& call : report.calls) {
-    if (!call.ended || call.result != CONFD_VALIDATION_WARN) continue;
+    if (call.answer != Answer::kWarning) continue;
     AppendLabelled(text, "warning",
                    fmt::format("{} {}: {}", call.point, call.path,
                                call.message ? *call.message : "(no message)"));
@@ -89,17 +89,19 @@ void AppendWarnings(Text& text, const TransactionReport& report) {
 }
 
 std::string ResultOf(const CallReport& call) {
-  if (!call.ended) return "failed";
-  switch (call.result) {
-    case CONFD_OK:
+  switch (call.answer) {
+    case Answer::kNone:
+      return "failed";
+    case Answer::kAccepted:
       return "accepted";
-    case CONFD_ERR:
-      return "rejected";
-    case CONFD_VALIDATION_WARN:
+    case Answer::kWarning:
       return "warning";
-    default:
-      return fmt::format("returned {}", call.result);
+    case Answer::kRejected:
+      return "rejected";
+    case Answer::kOther:
+      break;
   }
+  return fmt::format("returned {}", call.result);
 }
 
 void AppendTrace(Text& text, const TransactionReport& report) {
@@ -109,12 +111,12 @@ void AppendTrace(Text& text, const TransactionReport& report) {
     Append(text, "{}{}. {} {}\n", number == 0 ? "\n" : "", number + 1, call.point, call.path);
     ++number;
     Append(text, "   {}: {}", call.reason, ResultOf(call));
-    if (call.ended) {
+    if (call.answer != Answer::kNone) {
       Append(text, ", {} us, {} data-store calls", call.microseconds, call.datastore_calls);
     }
     Append(text, "\n");
     for (const std::string& line : call.log) Append(text, "   log: {}\n", OneLine(line));
-    for (const framework::Fault& fault : call.faults) {
+    for (const FaultReport& fault : call.faults) {
       Append(text, "   fault: level {} {} {}:{} {}\n", fault.level, fault.function, fault.file,
              fault.line, OneLine(fault.message));
     }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "confd/store.h"
-#include "transaction.h"
+#include "transaction_report.h"
 
 namespace ipvald {
 

@@ -17,14 +17,30 @@ CallReport Describe(const confd::Schema& schema, const TriggeredCall& call) {
   return report;
 }
 
+Answer AnswerOf(int result) {
+  switch (result) {
+    case CONFD_OK:
+      return Answer::kAccepted;
+    case CONFD_VALIDATION_WARN:
+      return Answer::kWarning;
+    case CONFD_ERR:
+      return Answer::kRejected;
+    default:
+      return Answer::kOther;
+  }
+}
+
 void SetOutcome(EndRecord& end, CallReport& report) {
-  report.ended = true;
+  report.answer = AnswerOf(end.result);
   report.result = end.result;
   report.message = std::move(end.text);
   report.microseconds = end.microseconds;
   report.datastore_calls = end.datastore_calls;
   report.log = std::move(end.log);
-  report.faults = std::move(end.faults);
+  for (framework::Fault& fault : end.faults) {
+    report.faults.push_back({fault.level, std::move(fault.function), std::move(fault.file),
+                             fault.line, std::move(fault.message)});
+  }
 }
 
 // The verdict that follows from how the calls ended; a failure of the plug-in outweighs what it
@@ -37,30 +53,18 @@ void Judge(const PluginRun& run, TransactionReport& report) {
     return;
   }
   if (report.calls.empty()) return;
-  const int result = report.calls.back().result;
-  if (result == CONFD_OK || result == CONFD_VALIDATION_WARN) return;
+  const CallReport& last = report.calls.back();
+  if (last.answer == Answer::kAccepted || last.answer == Answer::kWarning) return;
   report.decisive = report.calls.size() - 1;
-  if (result == CONFD_ERR) {
+  if (last.answer == Answer::kRejected) {
     report.verdict = Verdict::kRejected;
   } else {
     report.verdict = Verdict::kPluginFailure;
-    report.diagnostic = "validate returned " + std::to_string(result);
+    report.diagnostic = "validate returned " + std::to_string(last.result);
   }
 }
 
 }  // namespace
-
-const char* NameOf(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::kAccepted:
-      return "accepted";
-    case Verdict::kRejected:
-      return "rejected";
-    case Verdict::kPluginFailure:
-      break;
-  }
-  return "plugin-failure";
-}
 
 TransactionReport RunTransaction(const std::shared_ptr<const confd::Snapshot>& running,
                                  const std::shared_ptr<const confd::Snapshot>& candidate,

@@ -10,7 +10,7 @@
 #include "byte_reader.h"
 #include "confd_lib.h"
 #include "plugin_protocol.h"
-#include "plugin_records.h"
+#include "record_stream.h"
 #include "require.h"
 
 namespace {

@@ -21,6 +21,7 @@
 #include "input_error.h"
 #include "one_line.h"
 #include "orphans.h"
+#include "record_stream.h"
 #include "resources.h"
 
 namespace ipvald {

@@ -1,5 +1,5 @@
 // Records as bytes: what is written is read again, in pieces of any size, and damage is seen.
-#include "plugin_records.h"
+#include "record_stream.h"
 
 #include <gtest/gtest.h>
 

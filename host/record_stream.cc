@@ -1,4 +1,4 @@
-#include "plugin_records.h"
+#include "record_stream.h"
 
 #include <cstring>
 #include <stdexcept>

@@ -18,9 +18,9 @@
 
 #include "configuration_file.h"
 #include "input_error.h"
+#include "interrupted.h"
 #include "one_line.h"
 #include "options.h"
-#include "plugin_process.h"
 #include "reading_deadline.h"
 #include "report_json.h"
 #include "report_text.h"

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "input_error.h"
+#include "interrupted.h"
 #include "one_line.h"
 #include "orphans.h"
 #include "record_stream.h"

@@ -4,22 +4,11 @@
 #define HOST_PLUGIN_PROCESS_H_
 
 #include <chrono>
-#include <stdexcept>
 
 #include "plugin_protocol.h"
 #include "plugin_session.h"
 
 namespace ipvald {
-
-/// SIGINT, SIGTERM or SIGHUP came while the plug-in ran; the child is gone.
-class Interrupted : public std::runtime_error {
- public:
-  explicit Interrupted(int signal) : std::runtime_error("interrupted"), signal_(signal) {}
-  int signal() const { return signal_; }
-
- private:
-  int signal_;
-};
 
 /// Runs `task` in a child process for at most `timeout`. The child has its own process group, which
 /// is killed as a whole when it is over. REQUIRES: this process has one thread, and SIGCHLD is not

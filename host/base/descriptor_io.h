@@ -1,6 +1,6 @@
 // Reading and writing descriptors that may be set not to block.
-#ifndef HOST_DESCRIPTOR_IO_H_
-#define HOST_DESCRIPTOR_IO_H_
+#ifndef HOST_BASE_DESCRIPTOR_IO_H_
+#define HOST_BASE_DESCRIPTOR_IO_H_
 
 #include <sys/types.h>
 
@@ -16,4 +16,4 @@ ssize_t WriteBlocking(int fd, const void* buffer, size_t size);
 
 }  // namespace ipvald
 
-#endif  // HOST_DESCRIPTOR_IO_H_
+#endif  // HOST_BASE_DESCRIPTOR_IO_H_

@@ -1,6 +1,6 @@
 // What the user gave and cannot be used.
-#ifndef HOST_INPUT_ERROR_H_
-#define HOST_INPUT_ERROR_H_
+#ifndef HOST_BASE_INPUT_ERROR_H_
+#define HOST_BASE_INPUT_ERROR_H_
 
 #include <cstddef>
 #include <stdexcept>
@@ -23,4 +23,4 @@ InputError LocatedError(const std::string& name, size_t line, std::string_view m
 
 }  // namespace ipvald
 
-#endif  // HOST_INPUT_ERROR_H_
+#endif  // HOST_BASE_INPUT_ERROR_H_

@@ -1,6 +1,6 @@
 // A signal that asks the program to stop, as an exception.
-#ifndef HOST_INTERRUPTED_H_
-#define HOST_INTERRUPTED_H_
+#ifndef HOST_BASE_INTERRUPTED_H_
+#define HOST_BASE_INTERRUPTED_H_
 
 #include <stdexcept>
 
@@ -18,4 +18,4 @@ class Interrupted : public std::runtime_error {
 
 }  // namespace ipvald
 
-#endif  // HOST_INTERRUPTED_H_
+#endif  // HOST_BASE_INTERRUPTED_H_

@@ -1,6 +1,6 @@
 // Which known word a mistyped one was meant to be.
-#ifndef HOST_NEAREST_WORD_H_
-#define HOST_NEAREST_WORD_H_
+#ifndef HOST_BASE_NEAREST_WORD_H_
+#define HOST_BASE_NEAREST_WORD_H_
 
 #include <string>
 #include <string_view>
@@ -17,4 +17,4 @@ std::string NearestWord(std::string_view typed, const std::vector<std::string>& 
 
 }  // namespace ipvald
 
-#endif  // HOST_NEAREST_WORD_H_
+#endif  // HOST_BASE_NEAREST_WORD_H_

@@ -1,6 +1,6 @@
 // Text from files, libraries and plug-ins, made fit for one line of a message.
-#ifndef HOST_ONE_LINE_H_
-#define HOST_ONE_LINE_H_
+#ifndef HOST_BASE_ONE_LINE_H_
+#define HOST_BASE_ONE_LINE_H_
 
 #include <cstddef>
 #include <string>
@@ -19,4 +19,4 @@ std::string Cut(std::string_view text, size_t max);
 
 }  // namespace ipvald
 
-#endif  // HOST_ONE_LINE_H_
+#endif  // HOST_BASE_ONE_LINE_H_

@@ -1,6 +1,6 @@
 // What a command needs of the machine, and the limits that the caller has set (ulimit).
-#ifndef HOST_RESOURCES_H_
-#define HOST_RESOURCES_H_
+#ifndef HOST_BASE_RESOURCES_H_
+#define HOST_BASE_RESOURCES_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -33,4 +33,4 @@ void RequireDescriptors();
 
 }  // namespace ipvald
 
-#endif  // HOST_RESOURCES_H_
+#endif  // HOST_BASE_RESOURCES_H_

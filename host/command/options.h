@@ -1,6 +1,6 @@
 // The command line.
-#ifndef HOST_OPTIONS_H_
-#define HOST_OPTIONS_H_
+#ifndef HOST_COMMAND_OPTIONS_H_
+#define HOST_COMMAND_OPTIONS_H_
 
 #include <cstdint>
 #include <optional>
@@ -43,4 +43,4 @@ Options ParseOptions(int argc, const char* const* argv);
 
 }  // namespace ipvald
 
-#endif  // HOST_OPTIONS_H_
+#endif  // HOST_COMMAND_OPTIONS_H_

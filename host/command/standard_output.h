@@ -1,6 +1,6 @@
 // What a command prints for its user.
-#ifndef HOST_STANDARD_OUTPUT_H_
-#define HOST_STANDARD_OUTPUT_H_
+#ifndef HOST_COMMAND_STANDARD_OUTPUT_H_
+#define HOST_COMMAND_STANDARD_OUTPUT_H_
 
 #include <stdexcept>
 #include <string_view>
@@ -18,4 +18,4 @@ void Print(std::string_view text);
 
 }  // namespace ipvald
 
-#endif  // HOST_STANDARD_OUTPUT_H_
+#endif  // HOST_COMMAND_STANDARD_OUTPUT_H_

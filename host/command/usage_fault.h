@@ -1,6 +1,6 @@
 // What is wrong with a command line, in words that say what was meant.
-#ifndef HOST_USAGE_FAULT_H_
-#define HOST_USAGE_FAULT_H_
+#ifndef HOST_COMMAND_USAGE_FAULT_H_
+#define HOST_COMMAND_USAGE_FAULT_H_
 
 #include <string>
 #include <vector>
@@ -19,4 +19,4 @@ std::string FindUsageFault(const CLI::App& app, const std::vector<std::string>& 
 
 }  // namespace ipvald
 
-#endif  // HOST_USAGE_FAULT_H_
+#endif  // HOST_COMMAND_USAGE_FAULT_H_

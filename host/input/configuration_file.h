@@ -1,6 +1,6 @@
 // Reads a configuration from a file: bytes, format, NETCONF wrapper, parse, schema validation.
-#ifndef HOST_CONFIGURATION_FILE_H_
-#define HOST_CONFIGURATION_FILE_H_
+#ifndef HOST_INPUT_CONFIGURATION_FILE_H_
+#define HOST_INPUT_CONFIGURATION_FILE_H_
 
 #include <memory>
 #include <string>
@@ -23,4 +23,4 @@ std::shared_ptr<const confd::Snapshot> ParseConfiguration(
 
 }  // namespace ipvald
 
-#endif  // HOST_CONFIGURATION_FILE_H_
+#endif  // HOST_INPUT_CONFIGURATION_FILE_H_

@@ -1,6 +1,6 @@
 // The bytes of a configuration file and what can be told of them before they are parsed.
-#ifndef HOST_INPUT_TEXT_H_
-#define HOST_INPUT_TEXT_H_
+#ifndef HOST_INPUT_INPUT_TEXT_H_
+#define HOST_INPUT_INPUT_TEXT_H_
 
 #include <cstddef>
 #include <string>
@@ -53,4 +53,4 @@ void CheckUtf8(const std::string& name, std::string_view text);
 
 }  // namespace ipvald
 
-#endif  // HOST_INPUT_TEXT_H_
+#endif  // HOST_INPUT_INPUT_TEXT_H_

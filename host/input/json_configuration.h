@@ -1,6 +1,6 @@
 // A configuration in JSON (RFC 7951), looked through before libyang gets it.
-#ifndef HOST_JSON_CONFIGURATION_H_
-#define HOST_JSON_CONFIGURATION_H_
+#ifndef HOST_INPUT_JSON_CONFIGURATION_H_
+#define HOST_INPUT_JSON_CONFIGURATION_H_
 
 #include <string>
 
@@ -19,4 +19,4 @@ std::string JsonConfiguration(const ly_ctx* context, const SourceText& source,
 
 }  // namespace ipvald
 
-#endif  // HOST_JSON_CONFIGURATION_H_
+#endif  // HOST_INPUT_JSON_CONFIGURATION_H_

@@ -1,8 +1,8 @@
 // A strict reader of JSON (RFC 8259), which libyang's is not: every text that it lets through is
 // well-formed to the last byte. A reader of our own, since those of the libraries tell no positions
 // and take as long as a tenth of all that is done with a file.
-#ifndef HOST_JSON_READER_H_
-#define HOST_JSON_READER_H_
+#ifndef HOST_INPUT_JSON_READER_H_
+#define HOST_INPUT_JSON_READER_H_
 
 #include <cstddef>
 #include <string_view>
@@ -39,4 +39,4 @@ void ReadJson(const SourceText& source, JsonHandler& handler, TextEdits& edits);
 
 }  // namespace ipvald
 
-#endif  // HOST_JSON_READER_H_
+#endif  // HOST_INPUT_JSON_READER_H_

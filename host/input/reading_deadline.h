@@ -1,6 +1,6 @@
 // A limit on the time that a file may take until it is read and checked against the data model.
-#ifndef HOST_READING_DEADLINE_H_
-#define HOST_READING_DEADLINE_H_
+#ifndef HOST_INPUT_READING_DEADLINE_H_
+#define HOST_INPUT_READING_DEADLINE_H_
 
 #include <chrono>
 #include <string>
@@ -20,4 +20,4 @@ class ReadingDeadline {
 
 }  // namespace ipvald
 
-#endif  // HOST_READING_DEADLINE_H_
+#endif  // HOST_INPUT_READING_DEADLINE_H_

@@ -2,8 +2,8 @@
 // is in the wrong place, there twice or missing is said in the words of the format and at its own
 // line, in a time that grows with the text only: libyang's grows with the square where nodes or
 // entries are there many times.
-#ifndef HOST_SCHEMA_WALK_H_
-#define HOST_SCHEMA_WALK_H_
+#ifndef HOST_INPUT_SCHEMA_WALK_H_
+#define HOST_INPUT_SCHEMA_WALK_H_
 
 #include <cstddef>
 #include <map>
@@ -114,4 +114,4 @@ class SchemaWalk {
 
 }  // namespace ipvald
 
-#endif  // HOST_SCHEMA_WALK_H_
+#endif  // HOST_INPUT_SCHEMA_WALK_H_

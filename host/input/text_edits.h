@@ -1,6 +1,6 @@
 // Changes to a text that leave every line where it is.
-#ifndef HOST_TEXT_EDITS_H_
-#define HOST_TEXT_EDITS_H_
+#ifndef HOST_INPUT_TEXT_EDITS_H_
+#define HOST_INPUT_TEXT_EDITS_H_
 
 #include <cstddef>
 #include <string>
@@ -38,4 +38,4 @@ class TextEdits {
 
 }  // namespace ipvald
 
-#endif  // HOST_TEXT_EDITS_H_
+#endif  // HOST_INPUT_TEXT_EDITS_H_

@@ -1,6 +1,6 @@
 // What is wrong with a value, in words.
-#ifndef HOST_VALUE_WORDS_H_
-#define HOST_VALUE_WORDS_H_
+#ifndef HOST_INPUT_VALUE_WORDS_H_
+#define HOST_INPUT_VALUE_WORDS_H_
 
 #include <string>
 #include <string_view>
@@ -28,4 +28,4 @@ std::string ValuesOf(const lysc_node* leaf);
 
 }  // namespace ipvald
 
-#endif  // HOST_VALUE_WORDS_H_
+#endif  // HOST_INPUT_VALUE_WORDS_H_

@@ -1,6 +1,6 @@
 // A configuration in XML, looked through before libyang gets it.
-#ifndef HOST_XML_CONFIGURATION_H_
-#define HOST_XML_CONFIGURATION_H_
+#ifndef HOST_INPUT_XML_CONFIGURATION_H_
+#define HOST_INPUT_XML_CONFIGURATION_H_
 
 #include <string>
 
@@ -24,4 +24,4 @@ std::string XmlConfiguration(const ly_ctx* context, const SourceText& source,
 
 }  // namespace ipvald
 
-#endif  // HOST_XML_CONFIGURATION_H_
+#endif  // HOST_INPUT_XML_CONFIGURATION_H_

@@ -1,7 +1,7 @@
 // A strict reader of XML 1.0 with namespaces, which libyang's is not: expat, with the errors in
 // words that help, and with several top-level elements, which a configuration may have.
-#ifndef HOST_XML_READER_H_
-#define HOST_XML_READER_H_
+#ifndef HOST_INPUT_XML_READER_H_
+#define HOST_INPUT_XML_READER_H_
 
 #include <cstddef>
 #include <string>
@@ -60,4 +60,4 @@ void ReadXml(const SourceText& source, XmlHandler& handler);
 
 }  // namespace ipvald
 
-#endif  // HOST_XML_READER_H_
+#endif  // HOST_INPUT_XML_READER_H_

@@ -1,7 +1,7 @@
 // Verdicts and validation points as JSON for programs. The field names are an interface:
 // docs/verdict.md describes them.
-#ifndef HOST_REPORT_JSON_H_
-#define HOST_REPORT_JSON_H_
+#ifndef HOST_REPORT_REPORT_JSON_H_
+#define HOST_REPORT_REPORT_JSON_H_
 
 #include <string>
 #include <vector>
@@ -19,4 +19,4 @@ std::string JsonPoints(const std::vector<confd::ValidationPoint>& points);
 
 }  // namespace ipvald
 
-#endif  // HOST_REPORT_JSON_H_
+#endif  // HOST_REPORT_REPORT_JSON_H_

@@ -1,6 +1,6 @@
 // Verdicts and validation points as text for people.
-#ifndef HOST_REPORT_TEXT_H_
-#define HOST_REPORT_TEXT_H_
+#ifndef HOST_REPORT_REPORT_TEXT_H_
+#define HOST_REPORT_REPORT_TEXT_H_
 
 #include <string>
 #include <vector>
@@ -24,4 +24,4 @@ std::string TextPoints(const std::vector<confd::ValidationPoint>& points);
 
 }  // namespace ipvald
 
-#endif  // HOST_REPORT_TEXT_H_
+#endif  // HOST_REPORT_REPORT_TEXT_H_

@@ -1,6 +1,6 @@
 // Processes that a child starts and that would outlive it.
-#ifndef HOST_ORPHANS_H_
-#define HOST_ORPHANS_H_
+#ifndef HOST_SANDBOX_ORPHANS_H_
+#define HOST_SANDBOX_ORPHANS_H_
 
 namespace ipvald {
 
@@ -25,4 +25,4 @@ class OrphanKeeper {
 
 }  // namespace ipvald
 
-#endif  // HOST_ORPHANS_H_
+#endif  // HOST_SANDBOX_ORPHANS_H_

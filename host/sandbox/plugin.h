@@ -1,6 +1,6 @@
 // The validation plug-in as a shared object with its four entry points.
-#ifndef HOST_PLUGIN_H_
-#define HOST_PLUGIN_H_
+#ifndef HOST_SANDBOX_PLUGIN_H_
+#define HOST_SANDBOX_PLUGIN_H_
 
 #include <stdexcept>
 #include <string>
@@ -41,4 +41,4 @@ class Plugin {
 
 }  // namespace ipvald
 
-#endif  // HOST_PLUGIN_H_
+#endif  // HOST_SANDBOX_PLUGIN_H_

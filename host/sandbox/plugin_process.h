@@ -1,7 +1,7 @@
 // Runs the plug-in in a child process and watches over it: whatever the plug-in does ends the child
 // at most.
-#ifndef HOST_PLUGIN_PROCESS_H_
-#define HOST_PLUGIN_PROCESS_H_
+#ifndef HOST_SANDBOX_PLUGIN_PROCESS_H_
+#define HOST_SANDBOX_PLUGIN_PROCESS_H_
 
 #include <chrono>
 
@@ -21,4 +21,4 @@ PluginRun RunPlugin(const PluginTask& task, std::chrono::seconds timeout);
 
 }  // namespace ipvald
 
-#endif  // HOST_PLUGIN_PROCESS_H_
+#endif  // HOST_SANDBOX_PLUGIN_PROCESS_H_

@@ -1,6 +1,6 @@
 // The order in which the child process reports what it does, checked record by record.
-#ifndef HOST_PLUGIN_PROTOCOL_H_
-#define HOST_PLUGIN_PROTOCOL_H_
+#ifndef HOST_SANDBOX_PLUGIN_PROTOCOL_H_
+#define HOST_SANDBOX_PLUGIN_PROTOCOL_H_
 
 #include <cstdint>
 #include <optional>
@@ -89,4 +89,4 @@ class PluginProtocol {
 
 }  // namespace ipvald
 
-#endif  // HOST_PLUGIN_PROTOCOL_H_
+#endif  // HOST_SANDBOX_PLUGIN_PROTOCOL_H_

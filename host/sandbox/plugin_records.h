@@ -1,6 +1,6 @@
 // What the child process tells its parent: a stream of records, each one of the structs below.
-#ifndef HOST_PLUGIN_RECORDS_H_
-#define HOST_PLUGIN_RECORDS_H_
+#ifndef HOST_SANDBOX_PLUGIN_RECORDS_H_
+#define HOST_SANDBOX_PLUGIN_RECORDS_H_
 
 #include <cstdint>
 #include <optional>
@@ -53,4 +53,4 @@ using Record =
 
 }  // namespace ipvald
 
-#endif  // HOST_PLUGIN_RECORDS_H_
+#endif  // HOST_SANDBOX_PLUGIN_RECORDS_H_

@@ -1,7 +1,7 @@
 // What happens in the child process: load the plug-in, make the calls of one transaction, tell the
 // parent about each.
-#ifndef HOST_PLUGIN_SESSION_H_
-#define HOST_PLUGIN_SESSION_H_
+#ifndef HOST_SANDBOX_PLUGIN_SESSION_H_
+#define HOST_SANDBOX_PLUGIN_SESSION_H_
 
 #include <functional>
 #include <memory>
@@ -30,4 +30,4 @@ void RunPluginSession(const PluginTask& task, const std::function<void(const Rec
 
 }  // namespace ipvald
 
-#endif  // HOST_PLUGIN_SESSION_H_
+#endif  // HOST_SANDBOX_PLUGIN_SESSION_H_

@@ -1,6 +1,6 @@
 // Records as the bytes that go through the pipe from the child to its parent.
-#ifndef HOST_RECORD_STREAM_H_
-#define HOST_RECORD_STREAM_H_
+#ifndef HOST_SANDBOX_RECORD_STREAM_H_
+#define HOST_SANDBOX_RECORD_STREAM_H_
 
 #include <cstddef>
 #include <optional>
@@ -37,4 +37,4 @@ class RecordReader {
 
 }  // namespace ipvald
 
-#endif  // HOST_RECORD_STREAM_H_
+#endif  // HOST_SANDBOX_RECORD_STREAM_H_

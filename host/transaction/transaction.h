@@ -1,6 +1,6 @@
 // One transaction: what changed, which validation points that concerns, what the plug-in says.
-#ifndef HOST_TRANSACTION_H_
-#define HOST_TRANSACTION_H_
+#ifndef HOST_TRANSACTION_TRANSACTION_H_
+#define HOST_TRANSACTION_TRANSACTION_H_
 
 #include <chrono>
 #include <memory>
@@ -26,4 +26,4 @@ TransactionReport RunTransaction(const std::shared_ptr<const confd::Snapshot>& r
 
 }  // namespace ipvald
 
-#endif  // HOST_TRANSACTION_H_
+#endif  // HOST_TRANSACTION_TRANSACTION_H_

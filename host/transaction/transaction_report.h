@@ -1,6 +1,6 @@
 // All that ipvald can tell about a transaction: what every form of report is made from.
-#ifndef HOST_TRANSACTION_REPORT_H_
-#define HOST_TRANSACTION_REPORT_H_
+#ifndef HOST_TRANSACTION_TRANSACTION_REPORT_H_
+#define HOST_TRANSACTION_TRANSACTION_REPORT_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -61,4 +61,4 @@ struct TransactionReport {
 
 }  // namespace ipvald
 
-#endif  // HOST_TRANSACTION_REPORT_H_
+#endif  // HOST_TRANSACTION_TRANSACTION_REPORT_H_

@@ -1,6 +1,6 @@
 // Which validation points a transaction concerns, and in which order they are called.
-#ifndef HOST_TRIGGERS_H_
-#define HOST_TRIGGERS_H_
+#ifndef HOST_TRANSACTION_TRIGGERS_H_
+#define HOST_TRANSACTION_TRIGGERS_H_
 
 #include <optional>
 #include <string>
@@ -35,4 +35,4 @@ std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call);
 
 }  // namespace ipvald
 
-#endif  // HOST_TRIGGERS_H_
+#endif  // HOST_TRANSACTION_TRIGGERS_H_

@@ -6,52 +6,24 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "configuration_file.h"
-#include "input_error.h"
+#include "check.h"
+#include "exit_status.h"
 #include "interrupted.h"
 #include "one_line.h"
 #include "options.h"
-#include "reading_deadline.h"
-#include "report_json.h"
-#include "report_text.h"
+#include "points.h"
 #include "resources.h"
 #include "standard_output.h"
-#include "transaction.h"
 
 namespace ipvald {
 namespace {
-
-constexpr int kNoVerdictStatus = 2;
-constexpr int kSignalStatus = 128;  // plus the signal's number
-
-int StatusOf(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::kAccepted:
-      return 0;
-    case Verdict::kRejected:
-      return 1;
-    case Verdict::kPluginFailure:
-      break;
-  }
-  return 3;
-}
-
-bool UseColor(Color color) {
-  if (color != Color::kAuto) return color == Color::kAlways;
-  const char* no_color = std::getenv("NO_COLOR");
-  if (no_color != nullptr && *no_color != '\0') return false;
-  return isatty(STDOUT_FILENO) == 1;
-}
 
 // A descriptor that the caller left closed would be given to the next file that is opened, and the
 // verdict be written there. A descriptor that can only be read takes its place: writing to it
@@ -69,68 +41,23 @@ void ForgetLibyangPlugins() {
   }
 }
 
-std::shared_ptr<const confd::Schema> LoadSchema(const std::string& directory) {
-  try {
-    return confd::Schema::Load(directory);
-  } catch (const confd::Error& error) {
-    throw InputError(OneLine(error.what()));
-  }
-}
-
 // Bytes by which the heap grows; a large configuration would otherwise ask the kernel hundreds of
 // times.
 constexpr int kHeapStep = 32 << 20;
-
-// The process ends soon. To take a large tree apart node by node would take it a good part of the
-// time that reading the tree took.
-void KeepUntilExit(const std::shared_ptr<const confd::Snapshot>& configuration) {
-  static auto* const kept = new std::vector<std::shared_ptr<const confd::Snapshot>>();
-  kept->push_back(configuration);
-}
-
-std::shared_ptr<const confd::Snapshot> ReadInTime(
-    const std::shared_ptr<const confd::Schema>& schema, const std::string& file,
-    std::chrono::seconds limit) {
-  const ReadingDeadline deadline(file, limit, kNoVerdictStatus);
-  return ReadConfiguration(schema, file);
-}
-
-int Check(const Options& options) {
-  const CheckOptions& check = options.check;
-  const auto schema = LoadSchema(options.yang);
-  const std::chrono::seconds timeout(check.timeout);
-  const auto running =
-      check.running ? ReadInTime(schema, *check.running, timeout) : confd::Snapshot::Empty(schema);
-  const auto candidate = ReadInTime(schema, check.candidate, timeout);
-  KeepUntilExit(running);
-  KeepUntilExit(candidate);
-  const TransactionReport report =
-      RunTransaction(running, candidate, {check.plugin, timeout, check.trace});
-  Print(options.format == Format::kJson ? JsonReport(report)
-                                        : TextReport(report, {check.trace, UseColor(check.color)}));
-  return StatusOf(report.verdict);
-}
-
-int Points(const Options& options) {
-  const auto schema = LoadSchema(options.yang);
-  const auto& points = schema->validation_points();
-  Print(options.format == Format::kJson ? JsonPoints(points) : TextPoints(points));
-  return 0;
-}
 
 int Run(int argc, const char* const* argv) {
   RequireDescriptors();
   const Options options = ParseOptions(argc, argv);
   switch (options.command) {
     case Options::Command::kCheck:
-      return Check(options);
+      return RunCheck(options);
     case Options::Command::kPoints:
-      return Points(options);
+      return RunPoints(options);
     case Options::Command::kText:
       break;
   }
   Print(options.text);
-  return 0;
+  return kDone;
 }
 
 // Takes no memory, since that may be what there is too little of.
@@ -149,7 +76,7 @@ constexpr const char* kOutOfMemory = "out of memory";
 // this file come first.
 [[maybe_unused]] const std::new_handler kBeforeMain = std::set_new_handler([] {
   PrintError(kOutOfMemory);
-  _exit(kNoVerdictStatus);
+  _exit(kNoVerdict);
 });
 
 // Runs the command and tells what goes wrong, but for want of memory.
@@ -159,7 +86,7 @@ int RunAndTell(int argc, const char* const* argv) {
   try {
     return Run(argc, argv);
   } catch (const Interrupted& interrupted) {
-    return kSignalStatus + interrupted.signal();
+    return StatusOfSignal(interrupted.signal());
   } catch (const UsageError& error) {
     PrintError(error.what());
   } catch (const std::bad_alloc&) {
@@ -167,7 +94,7 @@ int RunAndTell(int argc, const char* const* argv) {
   } catch (const std::exception& error) {
     PrintError(OneLine(error.what()));
   }
-  return kNoVerdictStatus;
+  return kNoVerdict;
 }
 
 }  // namespace
@@ -186,5 +113,5 @@ int main(int argc, char** argv) {
     // Said below.
   }
   ipvald::PrintError(ipvald::kOutOfMemory);
-  return ipvald::kNoVerdictStatus;
+  return ipvald::kNoVerdict;
 }

@@ -20,7 +20,7 @@ const std::shared_ptr<const confd::Schema>& DataModel() {
 // Nothing when the text is refused; then with one line that begins with the name of the file.
 SnapshotPtr Parse(const std::string& text) {
   try {
-    SnapshotPtr snapshot = ipvald::ParseConfiguration(DataModel(), "input", text);
+    SnapshotPtr snapshot = ipvald::ParseConfiguration(DataModel(), "input", text).snapshot;
     Require(snapshot != nullptr, "an accepted text gives a configuration");
     return snapshot;
   } catch (const ipvald::InputError& error) {

@@ -4,9 +4,10 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <list>
 #include <memory>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "configuration_file.h"
 #include "data_model.h"
@@ -29,14 +30,13 @@ bool UseColor(Color color) {
 
 // The process ends soon. To take a large tree apart node by node would take it a good part of the
 // time that reading the tree took.
-void KeepUntilExit(const std::shared_ptr<const confd::Snapshot>& configuration) {
-  static auto* const kept = new std::vector<std::shared_ptr<const confd::Snapshot>>();
-  kept->push_back(configuration);
+const Configuration& KeepUntilExit(Configuration configuration) {
+  static auto* const kept = new std::list<Configuration>();
+  return kept->emplace_back(std::move(configuration));
 }
 
-std::shared_ptr<const confd::Snapshot> ReadInTime(
-    const std::shared_ptr<const confd::Schema>& schema, const std::string& file,
-    std::chrono::seconds limit) {
+Configuration ReadInTime(const std::shared_ptr<const confd::Schema>& schema,
+                         const std::string& file, std::chrono::seconds limit) {
   const ReadingDeadline deadline(file, limit, kNoVerdict);
   return ReadConfiguration(schema, file);
 }
@@ -47,13 +47,12 @@ int RunCheck(const Options& options) {
   const CheckOptions& check = options.check;
   const auto schema = LoadDataModel(options.yang);
   const std::chrono::seconds timeout(check.timeout);
-  const auto running =
-      check.running ? ReadInTime(schema, *check.running, timeout) : confd::Snapshot::Empty(schema);
-  const auto candidate = ReadInTime(schema, check.candidate, timeout);
-  KeepUntilExit(running);
-  KeepUntilExit(candidate);
+  const Configuration& running =
+      KeepUntilExit(check.running ? ReadInTime(schema, *check.running, timeout)
+                                  : Configuration{confd::Snapshot::Empty(schema), {}});
+  const Configuration& candidate = KeepUntilExit(ReadInTime(schema, check.candidate, timeout));
   const TransactionReport report =
-      RunTransaction(running, candidate, {check.plugin, timeout, check.trace});
+      RunTransaction(running.snapshot, candidate.snapshot, {check.plugin, timeout, check.trace});
   Print(options.format == Format::kJson ? JsonReport(report)
                                         : TextReport(report, {check.trace, UseColor(check.color)}));
   return StatusOf(report.verdict);

@@ -3,11 +3,11 @@
 #include <libyang/libyang.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
 #include <string_view>
 #include <utility>
 
+#include "confd/libyang_fault.h"
 #include "json_configuration.h"
 #include "one_line.h"
 #include "resources.h"
@@ -39,23 +39,6 @@ struct FreeInput {
   void operator()(ly_in* input) const { ly_in_free(input, 0); }
 };
 
-// The line number at the end of libyang's location text, such as `Data location "/a:b", line
-// number 7.`, or 0.
-size_t LineOf(std::string_view location) {
-  constexpr std::string_view kMarker = "ine number ";  // "Line number" when it stands alone
-  const size_t marker = location.rfind(kMarker);
-  if (marker == std::string_view::npos) return 0;
-  return std::strtoul(location.data() + marker + kMarker.size(), nullptr, 10);
-}
-
-// The quoted data path in libyang's location text, or "".
-std::string_view PathOf(std::string_view location) {
-  const size_t first = location.find('"');
-  const size_t last = location.rfind('"');
-  if (first == last) return "";
-  return location.substr(first + 1, last - first - 1);
-}
-
 // A text as libyang gets it.
 struct ParserInput {
   const std::string& name;  // of the file
@@ -74,21 +57,14 @@ void RemoveLeadingBlanks(ParserInput& input) {
   input.text.erase(0, first);
 }
 
-// libyang's last error as an InputError. A fault that shows only in the whole tree has no line, but
+// libyang's last fault as an InputError. A fault that shows only in the whole tree has no line, but
 // a path.
-InputError LibyangError(const ly_ctx* context, const ParserInput& input) {
-  if (ly_errcode(context) == LY_EMEM) throw std::bad_alloc();
-  const char* message = ly_errmsg(context);
-  // Cut at once, since libyang may quote the whole file.
-  std::string text = OneLine(message != nullptr ? message : "");
+InputError LastError(const ly_ctx* context, const ParserInput& input) {
+  const confd::LibyangFault fault = confd::LastFault(context);
+  std::string text = OneLine(fault.message);
   if (text.empty()) text = "not a valid configuration";
-
-  const char* location = ly_errpath(context);
-  if (location == nullptr) return LocatedError(input.name, 0, text);
-  const size_t line = LineOf(location);
-  if (line > 0) return LocatedError(input.name, input.lines_removed + line, text);
-  const std::string_view path = PathOf(location);
-  if (!path.empty()) text.append(" (").append(path).append(")");
+  if (fault.line > 0) return LocatedError(input.name, input.lines_removed + fault.line, text);
+  if (!fault.path.empty()) text.append(" (").append(fault.path).append(")");
   return LocatedError(input.name, 0, text);
 }
 
@@ -102,7 +78,7 @@ Tree Parse(const ly_ctx* context, const ParserInput& input) {
   const LY_ERR result =
       lyd_parse_data(context, nullptr, in.get(), input.format, kOptions, 0, &parsed);
   Tree tree(parsed);
-  if (result != LY_SUCCESS) throw LibyangError(context, input);
+  if (result != LY_SUCCESS) throw LastError(context, input);
   return tree;
 }
 
@@ -130,30 +106,32 @@ Tree ParseValid(ly_ctx* context, const SourceText& source, InputFormat format) {
   lyd_node* validated = tree.release();
   const LY_ERR result = lyd_validate_all(&validated, context, LYD_VALIDATE_NO_STATE, nullptr);
   tree.reset(validated);
-  if (result != LY_SUCCESS) throw LibyangError(context, input);
+  if (result != LY_SUCCESS) throw LastError(context, input);
   return tree;
 }
 
 }  // namespace
 
-std::shared_ptr<const confd::Snapshot> ReadConfiguration(
-    const std::shared_ptr<const confd::Schema>& schema, const std::string& file) {
+Configuration ReadConfiguration(const std::shared_ptr<const confd::Schema>& schema,
+                                const std::string& file) {
   return ParseConfiguration(schema, DisplayName(file), ReadInputText(file, kMaxConfigurationSize));
 }
 
-std::shared_ptr<const confd::Snapshot> ParseConfiguration(
-    const std::shared_ptr<const confd::Schema>& schema, const std::string& name, std::string text) {
+Configuration ParseConfiguration(const std::shared_ptr<const confd::Schema>& schema,
+                                 const std::string& name, std::string text) {
   const InputFormat format = SniffFormat(name, text);
   RemoveByteOrderMark(text);
   CheckUtf8(name, text);
-  const SourceText source{name, std::move(text)};
+  SourceText source{name, std::move(text)};
 
   RequireMemory(source);
   const QuietLibyang quiet;
   ly_ctx* context = schema->context();
   ly_err_clean(context, nullptr);
   try {
-    return confd::Snapshot::FromTree(schema, ParseValid(context, source, format).release());
+    auto snapshot =
+        confd::Snapshot::FromTree(schema, ParseValid(context, source, format).release());
+    return {std::move(snapshot), std::move(source)};
   } catch (const InputError&) {
     // Once more with a look at every value, for the fault that comes first in the text, in words
     // that help.

@@ -10,16 +10,22 @@
 
 namespace ipvald {
 
+/// A configuration and the text that it was read from.
+struct Configuration {
+  std::shared_ptr<const confd::Snapshot> snapshot;
+  SourceText source;  // without a byte order mark; empty for a configuration that no file holds
+};
+
 /// Reads the configuration in `file`, "-" for standard input. XML or JSON, told apart by the first
 /// byte that is not blank, in UTF-8, with or without a byte order mark, bare or in a NETCONF <data>
 /// or <config> wrapper (RFC 6241) or in its JSON counterpart {"data": {...}}.
 /// @throws InputError  the file cannot be read, does not parse, or does not satisfy the data model
-std::shared_ptr<const confd::Snapshot> ReadConfiguration(
-    const std::shared_ptr<const confd::Schema>& schema, const std::string& file);
+Configuration ReadConfiguration(const std::shared_ptr<const confd::Schema>& schema,
+                                const std::string& file);
 
 /// The same for text in memory; `name` stands for the file in messages.
-std::shared_ptr<const confd::Snapshot> ParseConfiguration(
-    const std::shared_ptr<const confd::Schema>& schema, const std::string& name, std::string text);
+Configuration ParseConfiguration(const std::shared_ptr<const confd::Schema>& schema,
+                                 const std::string& name, std::string text);
 
 }  // namespace ipvald
 

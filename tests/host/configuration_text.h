@@ -10,7 +10,7 @@
 #include "data_model.h"
 
 inline std::shared_ptr<const confd::Snapshot> ParseText(const std::string& text) {
-  return ipvald::ParseConfiguration(DataModel(), "input", text);
+  return ipvald::ParseConfiguration(DataModel(), "input", text).snapshot;
 }
 
 /// The error of reading `text`, whose file is called "input"; "accepted" when there is none.

@@ -16,7 +16,7 @@ using tests::RowName;
 using tests::SampleSchema;
 
 std::shared_ptr<const confd::Snapshot> Parse(const std::string& text) {
-  return ipvald::ParseConfiguration(SampleSchema(), "input", text);
+  return ipvald::ParseConfiguration(SampleSchema(), "input", text).snapshot;
 }
 
 std::string ErrorOf(const std::string& text) {

@@ -363,8 +363,8 @@ class Checks : public testing::Test {
       const auto candidate = IsExample(check)
                                  ? ReadConfiguration(DataModel(), kExamples + check.candidate)
                                  : ParseConfiguration(DataModel(), "text", check.candidate);
-      const TransactionReport report =
-          RunTransaction(running_, candidate, {PluginFor(check), std::chrono::seconds(1), false});
+      const TransactionReport report = RunTransaction(
+          running_, candidate.snapshot, {PluginFor(check), std::chrono::seconds(1), false});
       EXPECT_EQ(report.verdict, VerdictOf(check.status));
       outcome = WithoutTimes(JsonReport(report));
     } catch (const InputError& error) {
@@ -386,7 +386,8 @@ class Checks : public testing::Test {
     return check.status == 2 ? result.err : WithoutTimes(result.out);
   }
 
-  std::shared_ptr<const confd::Snapshot> running_ = ReadConfiguration(DataModel(), kRunning);
+  std::shared_ptr<const confd::Snapshot> running_ =
+      ReadConfiguration(DataModel(), kRunning).snapshot;
 };
 
 class Sequence : public Checks, public testing::WithParamInterface<Check> {};

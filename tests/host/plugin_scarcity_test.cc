@@ -72,7 +72,8 @@ class Scarcity : public testing::Test {
   }
 
   std::shared_ptr<const confd::Snapshot> running_ = confd::Snapshot::Empty(DataModel());
-  std::shared_ptr<const confd::Snapshot> candidate_ = ReadConfiguration(DataModel(), kRefused);
+  std::shared_ptr<const confd::Snapshot> candidate_ =
+      ReadConfiguration(DataModel(), kRefused).snapshot;
 };
 
 void Limit(__rlimit_resource_t resource, rlim_t limit) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "confd/libyang_fault.h"
 #include "errors.h"
 #include "value.h"
 
@@ -32,21 +33,12 @@ void SortByKeys(const lysc_node* list, std::vector<const lyd_node*>& entries) {
   for (size_t i = 0; i < entries.size(); ++i) entries[i] = by_text[i].second;
 }
 
-Error LibyangError(const ly_ctx* context) {
-  const ly_err_item* last = ly_err_first(context);
-  if (last == nullptr) return Error("the configuration is not valid");
-  last = last->prev;  // the list is a ring: the newest stands before the first
-  std::string message = last->msg == nullptr ? "the configuration is not valid" : last->msg;
-  uint64_t line = 0;
-  if (last->path != nullptr) {
-    message += std::string(" ") + last->path;
-    const std::string_view where = last->path;
-    constexpr std::string_view kLine = "ine number ";  // "Line number 3." or "..., line number 3."
-    if (const size_t at = where.rfind(kLine); at != std::string_view::npos) {
-      std::from_chars(where.data() + at + kLine.size(), where.data() + where.size(), line);
-    }
-  }
-  return Error(message, line);
+// libyang's last fault.
+Error LastError(const ly_ctx* context) {
+  const LibyangFault fault = LastFault(context);
+  std::string text(fault.message.empty() ? "the configuration is not valid" : fault.message);
+  if (!fault.location.empty()) text.append(" ").append(fault.location);
+  return Error(text, fault.line);
 }
 
 bool HasKeys(const lyd_node* entry, const std::vector<std::string_view>& keys) {
@@ -125,7 +117,7 @@ std::shared_ptr<const Snapshot> Snapshot::Empty(std::shared_ptr<const Schema> sc
   const LY_ERR result = lyd_validate_all(&tree, schema->context(), LYD_VALIDATE_NO_STATE, nullptr);
   if (result != LY_SUCCESS) {
     ThrowIfOutOfMemory(result);
-    throw LibyangError(schema->context());
+    throw LastError(schema->context());
   }
   return FromTree(std::move(schema), tree);
 }
@@ -139,7 +131,7 @@ std::shared_ptr<const Snapshot> Snapshot::FromText(std::shared_ptr<const Schema>
                          LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, LYD_VALIDATE_NO_STATE, &tree);
   if (result != LY_SUCCESS) {
     ThrowIfOutOfMemory(result);
-    throw LibyangError(schema->context());
+    throw LastError(schema->context());
   }
   return FromTree(std::move(schema), tree);
 }

@@ -10,6 +10,7 @@
 
 #include "confd_lib.h"
 #include "support/store_fixture.h"
+#include "value_text.h"
 
 namespace {
 

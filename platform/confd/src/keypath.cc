@@ -9,6 +9,7 @@
 #include "schema.h"
 #include "snapshot.h"
 #include "value.h"
+#include "value_text.h"
 
 namespace confd {
 namespace {

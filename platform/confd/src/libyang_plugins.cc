@@ -9,10 +9,14 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <string>
 
 #include "confd/store.h"
 #include "right_form.h"
-#include "value.h"
+#include "store/address_text.h"
+#include "store/hex_list.h"
+#include "store/string_kind.h"
 
 namespace confd {
 namespace {
@@ -179,22 +183,6 @@ lyplg_ext ValidatePlugin() {
 }
 
 }  // namespace
-}  // namespace confd
-
-namespace confd {
-
-std::optional<std::string> CanonicalHexList(std::string_view text) {
-  if (!text.empty() && text.size() % 3 != 2) return std::nullopt;
-  std::string canonical(text);
-  for (size_t i = 0; i < canonical.size(); ++i) {
-    char& c = canonical[i];
-    if (c >= 'A' && c <= 'F') c = static_cast<char>(c - 'A' + 'a');
-    const bool is_digit = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f');
-    if (i % 3 == 2 ? c != ':' : !is_digit) return std::nullopt;
-  }
-  return canonical;
-}
-
 }  // namespace confd
 
 // libyang looks these names up in the library that lyplg_add names; each table ends with an empty

@@ -3,9 +3,7 @@
 #ifndef PLATFORM_CONFD_LIBYANG_PLUGINS_H_
 #define PLATFORM_CONFD_LIBYANG_PLUGINS_H_
 
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace confd {
@@ -18,14 +16,6 @@ struct ValidateStatement {
   int priority = 0;
   std::vector<std::string> dependencies;  // paths as written
 };
-
-/// Identifiers of the type plug-ins, as in lyplg_type::id.
-inline constexpr const char* kIpv4AndPlenType = "confd - ipv4-address-and-prefix-length";
-inline constexpr const char* kIpv6AndPlenType = "confd - ipv6-address-and-prefix-length";
-inline constexpr const char* kHexListType = "confd - hex-list";
-
-/// Canonical text of a hex list, which has lower-case digits; nothing when `text` is none.
-std::optional<std::string> CanonicalHexList(std::string_view text);
 
 /// Gives the plug-ins to libyang. To be called after a context was created and before modules are
 /// loaded into it: libyang forgets added plug-ins together with its last context.

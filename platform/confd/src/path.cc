@@ -9,7 +9,9 @@
 #include "confd_lib.h"
 #include "errors.h"
 #include "program_text.h"
-#include "value.h"
+#include "store/address_text.h"
+#include "store/canonical_text.h"
+#include "value_text.h"
 
 namespace confd {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "confd/libyang_fault.h"
 #include "errors.h"
-#include "value.h"
+#include "value_order.h"
 
 namespace confd {
 namespace {

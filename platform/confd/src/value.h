@@ -1,12 +1,10 @@
-// Values of libyang as ConfD values and as texts.
+// Values of libyang as ConfD values.
 #ifndef PLATFORM_CONFD_VALUE_H_
 #define PLATFORM_CONFD_VALUE_H_
 
 #include <libyang/libyang.h>
 
-#include <optional>
-#include <string>
-#include <string_view>
+#include <cstddef>
 
 #include "confd_lib.h"
 
@@ -25,26 +23,11 @@ void ReplaceByOtherType(confd_value_t* value);
 /// A C_XMLTAG value.
 confd_value_t TagValue(xml_tag tag);
 
-/// -1, 0 or 1: the order of two values of one leaf. Numbers by size, enumerations by number,
-/// addresses and octets byte-wise from the front with the shorter one first, everything else as
-/// bytes of the text.
-int CompareLeafValues(const lyd_node* a, const lyd_node* b);
+/// Whether values of the type have memory of their own that the stand-in allocates.
+bool OwnsBuffer(confd_vtype type);
 
-/// Whether that order is, for every value of this leaf, the one of their texts as bytes.
-bool OrdersAsText(const lysc_node* leaf);
-
-/// Canonical text of a key that was written as `text`, or nothing when the type of `leaf` does not
-/// allow it.
-std::optional<std::string> CanonicalText(const lysc_node* leaf, std::string_view text);
-
-/// Text of an address in network byte order: an in_addr (AF_INET) or in6_addr (AF_INET6).
-std::string AddressText(int family, const void* address);
-
-/// What confd_pp_value prints.
-std::string PrintValue(const confd_value_t& value);
-
-/// As PrintValue, in double quotes when the bare text could not be read back as a key.
-std::string PrintKey(const confd_value_t& value);
+/// A value of such a type with a copy of these bytes.
+confd_value_t BufferValue(confd_vtype type, const void* bytes, size_t size);
 
 }  // namespace confd
 

@@ -69,7 +69,7 @@ TEST_F(KeypathShape, OfAnEntryHasTheKeysInFront) {
 }
 
 TEST_F(KeypathShape, OfAListWithoutKeysHasItsTagInFront) {
-  const auto& schema = confd::AsLoaded(*SampleSchema());
+  const auto& schema = *SampleSchema();
   const lysc_node* gauge = schema.FindChild(nullptr, "", "gauge");
   confd::Keypath top(*SampleSchema(), nullptr, gauge);
   ASSERT_EQ(top.get()->len, 1);

@@ -250,7 +250,7 @@ INSTANTIATE_TEST_SUITE_P(Paths, DependencyPath, testing::ValuesIn(kDependencyCas
 
 TEST(SchemaNames, NodesOfOneNameShareATag) {
   const auto schema = tests::SampleSchema();
-  const auto& loaded = confd::AsLoaded(*schema);
+  const auto& loaded = *schema;
   const lysc_node* ours = loaded.FindChild(nullptr, "sample", "panel");
   const lysc_node* theirs = loaded.FindChild(nullptr, "other", "panel");
   ASSERT_NE(ours, nullptr);

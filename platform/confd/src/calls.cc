@@ -1,10 +1,13 @@
 #include "calls.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "confd/store.h"
+#include "confd/call_count.h"
+#include "confd/watch_calls.h"
+#include "confd_lib.h"
 #include "errors.h"
 
 namespace confd {

@@ -14,14 +14,14 @@ namespace {
 // Formats the path, announces the call and finds the session's configuration, in this order.
 struct SessionCall {
   SessionCall(const char* function, int sock, const char* format, va_list args) {
-    const LoadedSnapshot* session = FindCdbSession(sock);
+    Configuration* session = FindCdbSession(sock);
     const FormattedPath path(format, args);
     if (!BeginCall(function, path.view()) || session == nullptr || !path.is_valid()) return;
     place = FindPlace(*session, path.view());
-    configuration = session;
+    configuration = session->snapshot.get();
   }
 
-  const LoadedSnapshot* configuration = nullptr;
+  const Snapshot* configuration = nullptr;
   std::optional<Place> place;
 };
 

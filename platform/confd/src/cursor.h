@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "datastore.h"
+#include "store/list_index.h"
 
 namespace confd {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "confd/store.h"
+#include "confd/transaction.h"
 #include "cursor.h"
 #include "errors.h"
 
@@ -19,7 +19,7 @@ struct Socket {
 
 struct Handles {
   int last = 0;
-  std::map<int, std::shared_ptr<const LoadedSnapshot>> running;  // by datastore
+  std::map<int, Configuration> running;  // by datastore
   std::map<int, Socket> sockets;
   std::map<int, Transaction> transactions;
 };
@@ -36,10 +36,6 @@ Socket* FindSocket(int sock) {
   return nullptr;
 }
 
-std::shared_ptr<const LoadedSnapshot> Loaded(std::shared_ptr<const Snapshot> snapshot) {
-  return std::static_pointer_cast<const LoadedSnapshot>(std::move(snapshot));
-}
-
 }  // namespace
 
 Transaction* FindTransaction(int sock, int thandle) {
@@ -53,10 +49,10 @@ Transaction* FindTransaction(int sock, int thandle) {
   return nullptr;
 }
 
-const LoadedSnapshot* FindCdbSession(int sock) {
+Configuration* FindCdbSession(int sock) {
   const Socket* socket = FindSocket(sock);
   if (socket == nullptr) return nullptr;
-  if (socket->cdb_session) return All().running.at(socket->datastore).get();
+  if (socket->cdb_session) return &All().running.at(socket->datastore);
   Fail(CONFD_ERR_NOSESSION, "no CDB session on socket " + std::to_string(sock));
   return nullptr;
 }
@@ -76,7 +72,7 @@ int EndCdbSession(int sock) {
 }
 
 Datastore::Datastore(std::shared_ptr<const Snapshot> running) : id_(++All().last) {
-  All().running[id_] = Loaded(std::move(running));
+  All().running.emplace(id_, Configuration{std::move(running)});
 }
 
 Datastore::~Datastore() {
@@ -98,7 +94,7 @@ int Datastore::OpenSocket() {
 int Datastore::StartTransaction(std::shared_ptr<const Snapshot> candidate) {
   const int thandle = ++All().last;
   All().transactions.emplace(
-      thandle, Transaction{id_, All().running.at(id_), Loaded(std::move(candidate)), {}});
+      thandle, Transaction{id_, {All().running.at(id_).snapshot}, {std::move(candidate)}, {}});
   return thandle;
 }
 

@@ -2,10 +2,9 @@
 #ifndef PLATFORM_CONFD_DATASTORE_H_
 #define PLATFORM_CONFD_DATASTORE_H_
 
-#include <memory>
 #include <set>
 
-#include "snapshot.h"
+#include "path.h"
 
 namespace confd {
 
@@ -14,8 +13,8 @@ struct CursorWalk;
 
 struct Transaction {
   int datastore;
-  std::shared_ptr<const LoadedSnapshot> running;
-  std::shared_ptr<const LoadedSnapshot> candidate;
+  Configuration running;
+  Configuration candidate;
   std::set<CursorWalk*> walks;
 };
 
@@ -25,7 +24,7 @@ Transaction* FindTransaction(int sock, int thandle);
 
 /// The configuration that a CDB session on the socket reads.
 /// @returns null when no session is open, with CONFD_ERR_NOSESSION set.
-const LoadedSnapshot* FindCdbSession(int sock);
+Configuration* FindCdbSession(int sock);
 
 /// Opens or ends the CDB session of a socket. @returns CONFD_OK, or CONFD_ERR with the error set.
 int OpenCdbSession(int sock);

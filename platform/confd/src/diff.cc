@@ -1,9 +1,15 @@
-#include "diff.h"
+#include "store/diff.h"
+
+#include <libyang/libyang.h>
 
 #include <algorithm>
 #include <cstring>
 #include <unordered_map>
+#include <utility>
 #include <vector>
+
+#include "store/list_index.h"
+#include "store/schema_node.h"
 
 namespace confd {
 namespace {
@@ -57,7 +63,7 @@ std::vector<bool> OffLongestRun(const std::vector<size_t>& numbers) {
 // Walks both configurations side by side, in schema order. A null node stands for "absent".
 class DiffWalk {
  public:
-  DiffWalk(const LoadedSnapshot& running, const LoadedSnapshot& candidate, bool presence_containers,
+  DiffWalk(const Snapshot& running, const Snapshot& candidate, bool presence_containers,
            const std::function<confd_iter_ret(const Change&)>& visit)
       : running_(running),
         candidate_(candidate),
@@ -65,7 +71,7 @@ class DiffWalk {
         visit_(visit) {}
 
   void Children(const lysc_node* schema, const lyd_node* old_parent, const lyd_node* new_parent) {
-    for (const lysc_node* child : AsLoaded(candidate_.schema()).Children(schema)) {
+    for (const lysc_node* child : candidate_.schema().Children(schema)) {
       if (IsListLike(child)) {
         List(child, schema, old_parent, new_parent);
       } else {
@@ -227,8 +233,8 @@ class DiffWalk {
     return answer;
   }
 
-  const LoadedSnapshot& running_;
-  const LoadedSnapshot& candidate_;
+  const Snapshot& running_;
+  const Snapshot& candidate_;
   const bool presence_containers_;
   const std::function<confd_iter_ret(const Change&)>& visit_;
   std::vector<Entered> unreported_;  // modified entries that were entered without a change so far
@@ -242,11 +248,11 @@ class DiffWalk {
 
 void VisitChanges(const Snapshot& running, const Snapshot& candidate,
                   const std::function<confd_iter_ret(const Change&)>& visit) {
-  DiffWalk(AsLoaded(running), AsLoaded(candidate), true, visit).Children(nullptr, nullptr, nullptr);
+  DiffWalk(running, candidate, true, visit).Children(nullptr, nullptr, nullptr);
 }
 
-void VisitChangesBelow(const LoadedSnapshot& running, const Place& running_place,
-                       const LoadedSnapshot& candidate, const Place& candidate_place,
+void VisitChangesBelow(const Snapshot& running, const Place& running_place,
+                       const Snapshot& candidate, const Place& candidate_place,
                        bool presence_containers,
                        const std::function<confd_iter_ret(const Change&)>& visit) {
   DiffWalk walk(running, candidate, presence_containers, visit);

@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "confd/store.h"
+#include "confd/transaction.h"
 #include "confd_dp.h"
 #include "confd_lib.h"
 

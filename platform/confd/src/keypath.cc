@@ -1,13 +1,18 @@
 // Keypaths as callbacks receive them, and their text.
 
+#include <libyang/libyang.h>
+
 #include <algorithm>
 #include <memory>
 #include <string>
 
-#include "confd/store.h"
+#include "confd/keypath.h"
 #include "path.h"
-#include "schema.h"
-#include "snapshot.h"
+#include "store/error.h"
+#include "store/schema.h"
+#include "store/schema_node.h"
+#include "store/snapshot.h"
+#include "store/tags.h"
 #include "value.h"
 #include "value_text.h"
 
@@ -112,7 +117,7 @@ Keypath::Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* 
 }
 
 Keypath::Keypath(const Snapshot& configuration, const std::string& path) : Keypath() {
-  const auto place = FindPlace(AsLoaded(configuration), path);
+  const auto place = FindPlace(configuration, path);
   if (!place || !place->exists) throw Error("nothing is at " + path);
   Builder builder(path_.get());
   if (place->without_keys) builder.AddTag(configuration.schema().tag(place->schema));
@@ -156,7 +161,7 @@ void confd_free_hkeypath(confd_hkeypath_t* hkp) {
 }
 
 char* confd_hash2str(uint32_t hash) {
-  const auto schema = confd::CurrentSchema();
+  const auto schema = confd::Schema::Current();
   return schema == nullptr ? nullptr : const_cast<char*>(schema->texts().Text(hash));
 }
 
@@ -167,6 +172,6 @@ uint32_t confd_str2hash(const char* str) {
 }
 
 char* confd_ns2prefix(uint32_t ns) {
-  const auto schema = confd::CurrentSchema();
+  const auto schema = confd::Schema::Current();
   return schema == nullptr ? nullptr : const_cast<char*>(schema->NamespacePrefix(ns));
 }

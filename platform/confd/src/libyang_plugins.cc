@@ -12,9 +12,9 @@
 #include <optional>
 #include <string>
 
-#include "confd/store.h"
 #include "right_form.h"
 #include "store/address_text.h"
+#include "store/error.h"
 #include "store/hex_list.h"
 #include "store/string_kind.h"
 

@@ -1,5 +1,7 @@
 #include "confd_maapi.h"
 
+#include <libyang/libyang.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -8,13 +10,15 @@
 #include <string>
 
 #include "calls.h"
+#include "confd/keypath.h"
 #include "cursor.h"
 #include "datastore.h"
-#include "diff.h"
 #include "errors.h"
 #include "path.h"
 #include "read.h"
-#include "xpath.h"
+#include "store/diff.h"
+#include "store/schema_node.h"
+#include "store/xpath.h"
 
 namespace confd {
 namespace {
@@ -25,7 +29,7 @@ struct TransactionCall {
   TransactionCall(const char* function, int sock, int thandle, const char* format, va_list args)
       : transaction(FindTransaction(sock, thandle)), path(format, args) {
     if (!BeginCall(function, path.view()) || transaction == nullptr || !path.is_valid()) return;
-    place = FindPlace(*transaction->candidate, path.view());
+    place = FindPlace(transaction->candidate, path.view());
   }
 
   Transaction* transaction;
@@ -58,10 +62,24 @@ int InitCursor(const TransactionCall& call, maapi_cursor* mc) {
   if (!call.place->exists) {
     return Fail(CONFD_ERR_NOEXISTS, SchemaPath(call.place->schema) + " has no parent here");
   }
-  const ListIndex& list = call.transaction->candidate->List(call.place->parent, call.place->schema);
+  const ListIndex& list =
+      call.transaction->candidate.snapshot->List(call.place->parent, call.place->schema);
   auto walk = std::make_unique<CursorWalk>(CursorWalk{call.transaction, &list});
   call.transaction->walks.insert(walk.get());
   mc->walk = walk.release();
+  return CONFD_OK;
+}
+
+// Gives the text of the first node that the expression names to the caller, who frees it.
+int Evaluate(const TransactionCall& call, const char* expression, char** result) {
+  if (!call.place) return CONFD_ERR;
+  if (call.place->schema != nullptr && call.place->node == nullptr) {
+    return Fail(CONFD_ERR_BADPATH, "the context node does not exist");
+  }
+  const auto text =
+      EvaluateXPath(*call.transaction->candidate.snapshot, call.place->node, expression);
+  if (!text) return Fail(CONFD_ERR_XPATH, std::string("cannot evaluate ") + expression);
+  *result = strdup(text->c_str());
   return CONFD_OK;
 }
 
@@ -97,9 +115,9 @@ confd_iter_ret Report(IterateState& to, const Change& change) {
 
 int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void* initstate) {
   if (!call.place) return CONFD_ERR;
-  const LoadedSnapshot& running = *call.transaction->running;
-  const LoadedSnapshot& candidate = *call.transaction->candidate;
-  const auto running_place = FindPlace(running, call.path.view());
+  const Snapshot& running = *call.transaction->running.snapshot;
+  const Snapshot& candidate = *call.transaction->candidate.snapshot;
+  const auto running_place = FindPlace(call.transaction->running, call.path.view());
   IterateState state{&candidate.schema(), iter, initstate, WrongValue()};
   VisitChangesBelow(running, *running_place, candidate, *call.place,
                     (flags & ITER_WANT_P_CONTAINER) != 0,
@@ -165,7 +183,7 @@ int maapi_num_instances(int sock, int thandle, const char* fmt, ...) {
   const confd::TransactionCall call("maapi_num_instances", sock, thandle, fmt, args);
   va_end(args);
   if (!call.place) return CONFD_ERR;
-  return confd::ReadInstanceCount(*call.transaction->candidate, *call.place);
+  return confd::ReadInstanceCount(*call.transaction->candidate.snapshot, *call.place);
 }
 
 int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt, ...) {
@@ -261,8 +279,7 @@ int maapi_xpath_eval_expr(int sock, int thandle, const char* expr, char** res,
   const char* context = fmtpath == nullptr ? "/" : fmtpath;
   const confd::TransactionCall call("maapi_xpath_eval_expr", sock, thandle, context, args);
   va_end(args);
-  if (!call.place) return CONFD_ERR;
-  return confd::EvaluateXPath(*call.transaction->candidate, *call.place, expr, res);
+  return confd::Evaluate(call, expr, res);
 }
 
 int maapi_diff_iterate(int sock, int thandle, maapi_iterate_fn iter, int flags, void* initstate) {

@@ -1,6 +1,7 @@
 #include "path.h"
 
 #include <arpa/inet.h>
+#include <libyang/libyang.h>
 
 #include <algorithm>
 #include <cstring>
@@ -11,6 +12,8 @@
 #include "program_text.h"
 #include "store/address_text.h"
 #include "store/canonical_text.h"
+#include "store/list_index.h"
+#include "store/schema_node.h"
 #include "value_text.h"
 
 namespace confd {
@@ -130,11 +133,8 @@ std::optional<std::string> CanonicalKeys(const lysc_node* list,
 
 class PathReader {
  public:
-  PathReader(const LoadedSnapshot& configuration, std::string_view text)
-      : configuration_(configuration),
-        last_(configuration.last_path()),
-        whole_(text),
-        rest_(text) {}
+  PathReader(const Snapshot& configuration, LastPath& last, std::string_view text)
+      : configuration_(configuration), last_(last), whole_(text), rest_(text) {}
 
   std::optional<Place> Read() {
     Resume();
@@ -176,8 +176,7 @@ class PathReader {
       prefix = name.substr(0, colon);
       name = name.substr(colon + 1);
     }
-    const lysc_node* schema =
-        AsLoaded(configuration_.schema()).FindChild(place_.schema, prefix, name);
+    const lysc_node* schema = configuration_.schema().FindChild(place_.schema, prefix, name);
     if (schema == nullptr) return Bad("unknown node");
     if (place_.without_keys) return Bad("keys are missing");
     rest_.remove_prefix(name_end);
@@ -224,7 +223,7 @@ class PathReader {
     return false;
   }
 
-  const LoadedSnapshot& configuration_;
+  const Snapshot& configuration_;
   LastPath& last_;
   std::string_view whole_;
   std::string_view rest_;
@@ -281,8 +280,13 @@ bool FormattedPath::Append(const char* format, va_list args) {
   }
 }
 
-std::optional<Place> FindPlace(const LoadedSnapshot& configuration, std::string_view text) {
-  return PathReader(configuration, text).Read();
+std::optional<Place> FindPlace(Configuration& configuration, std::string_view text) {
+  return PathReader(*configuration.snapshot, configuration.last_path, text).Read();
+}
+
+std::optional<Place> FindPlace(const Snapshot& snapshot, std::string_view text) {
+  LastPath none;
+  return PathReader(snapshot, none, text).Read();
 }
 
 }  // namespace confd

@@ -2,16 +2,17 @@
 #ifndef PLATFORM_CONFD_PATH_H_
 #define PLATFORM_CONFD_PATH_H_
 
-#include <libyang/libyang.h>
-
 #include <array>
 #include <cstdarg>
+#include <memory>
 #include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "snapshot.h"
+#include "store/place.h"
+#include "store/snapshot.h"
 
 namespace confd {
 
@@ -42,11 +43,30 @@ class FormattedPath {
   bool is_valid_ = false;
 };
 
+/// The path looked up last: the next one mostly differs from it in its last steps only.
+struct LastPath {
+  struct Step {
+    size_t end;  // in `text`
+    Place place;
+  };
+  std::string text;
+  std::vector<Step> steps;  // as many as could be read
+};
+
+/// A configuration as calls read it.
+struct Configuration {
+  std::shared_ptr<const Snapshot> snapshot;
+  LastPath last_path = {};
+};
+
 /// Looks `text` up: absolute or from the root, a key text taken as it stands between the braces
 /// (blanks at its ends do not count), several keys separated by blanks, a key in double quotes with
 /// \" and \\ inside.
 /// @returns nothing on an error, with CONFD_ERR_BADPATH set.
-std::optional<Place> FindPlace(const LoadedSnapshot& configuration, std::string_view text);
+std::optional<Place> FindPlace(Configuration& configuration, std::string_view text);
+
+/// The same for one path of a snapshot.
+std::optional<Place> FindPlace(const Snapshot& snapshot, std::string_view text);
 
 }  // namespace confd
 

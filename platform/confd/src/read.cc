@@ -2,13 +2,16 @@
 
 #include <string>
 
+#include <libyang/libyang.h>
+
 #include "errors.h"
+#include "store/schema_node.h"
 
 namespace confd {
 
 int ReadExists(const Place& place) { return place.exists ? 1 : 0; }
 
-int ReadInstanceCount(const LoadedSnapshot& configuration, const Place& place) {
+int ReadInstanceCount(const Snapshot& configuration, const Place& place) {
   if (!place.without_keys) return Fail(CONFD_ERR_BADPATH, "not the path of a list");
   if (!place.exists) {
     return Fail(CONFD_ERR_NOEXISTS, SchemaPath(place.schema) + " has no parent here");

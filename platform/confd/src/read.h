@@ -9,7 +9,7 @@
 namespace confd {
 
 int ReadExists(const Place& place);
-int ReadInstanceCount(const LoadedSnapshot& configuration, const Place& place);
+int ReadInstanceCount(const Snapshot& configuration, const Place& place);
 
 /// The leaf's value, owned by the caller.
 int ReadValue(const Place& place, confd_value_t* value);

@@ -1,6 +1,7 @@
-#include "schema.h"
+#include "store/schema.h"
 
-#include <algorithm>
+#include <libyang/libyang.h>
+
 #include <cstring>
 #include <new>
 #include <set>
@@ -8,13 +9,15 @@
 
 #include "errors.h"
 #include "libyang_plugins.h"
+#include "store/error.h"
+#include "store/schema_node.h"
 
 namespace confd {
 namespace {
 
 // In the order of loading.
-std::vector<std::weak_ptr<const LoadedSchema>>& LoadedSchemas() {
-  static std::vector<std::weak_ptr<const LoadedSchema>> schemas;
+std::vector<std::weak_ptr<const Schema>>& Registry() {
+  static std::vector<std::weak_ptr<const Schema>> schemas;
   return schemas;
 }
 
@@ -48,18 +51,26 @@ bool HasName(const lysc_node* node, std::string_view prefix, std::string_view na
 }  // namespace
 
 std::shared_ptr<const Schema> Schema::Load(const std::filesystem::path& yang_dir) {
-  auto schema = std::make_shared<const LoadedSchema>(yang_dir);
-  LoadedSchemas().push_back(schema);
+  std::shared_ptr<const Schema> schema(new Schema(yang_dir));
+  Registry().push_back(schema);
   return schema;
 }
 
-std::shared_ptr<const LoadedSchema> CurrentSchema() {
-  auto& schemas = LoadedSchemas();
+std::shared_ptr<const Schema> Schema::Current() {
+  auto& schemas = Registry();
   while (!schemas.empty() && schemas.back().expired()) schemas.pop_back();
   return schemas.empty() ? nullptr : schemas.back().lock();
 }
 
-LoadedSchema::LoadedSchema(const std::filesystem::path& yang_dir) {
+void Schema::ContextDeleter::operator()(ly_ctx* context) const { ly_ctx_destroy(context); }
+
+const Schema::NodeFacts& Schema::FactsOf(const lysc_node* node) {
+  return *static_cast<const NodeFacts*>(node->priv);
+}
+
+xml_tag Schema::tag(const lysc_node* node) const { return FactsOf(node).tag; }
+
+Schema::Schema(const std::filesystem::path& yang_dir) {
   LoadModules(yang_dir);
   const lys_module* module = nullptr;
   uint32_t index = 0;
@@ -74,7 +85,7 @@ LoadedSchema::LoadedSchema(const std::filesystem::path& yang_dir) {
   for (const lysc_node* node : top_) AddPoints(node);
 }
 
-void LoadedSchema::LoadModules(const std::filesystem::path& yang_dir) {
+void Schema::LoadModules(const std::filesystem::path& yang_dir) {
   ly_log_options(LY_LOSTORE_LAST);  // messages are read from the context, nothing is printed
   const std::set<std::string> names = ModuleNames(yang_dir);
   ly_ctx* context = nullptr;
@@ -96,15 +107,15 @@ void LoadedSchema::LoadModules(const std::filesystem::path& yang_dir) {
   }
 }
 
-void LoadedSchema::AddChildren(const lysc_node* parent, const lysc_module* module,
-                               SchemaChildren& children) {
+void Schema::AddChildren(const lysc_node* parent, const lysc_module* module,
+                         SchemaChildren& children) {
   const lysc_node* child = nullptr;
   while ((child = lys_getnext(child, parent, module, 0)) != nullptr) {
     if ((child->nodetype & (LYS_RPC | LYS_ACTION | LYS_NOTIF)) == 0) children.push_back(child);
   }
 }
 
-void LoadedSchema::AddNode(const lysc_node* node, int depth) {
+void Schema::AddNode(const lysc_node* node, int depth) {
   if (IsListLike(node)) ++depth;  // an entry takes a second element of a keypath
   if (depth >= MAXDEPTH) throw Error(SchemaPath(node) + " is deeper than a keypath can hold");
   if (node->nodetype == LYS_LIST && KeyLeaves(node).size() >= MAXKEYLEN) {
@@ -120,7 +131,7 @@ void LoadedSchema::AddNode(const lysc_node* node, int depth) {
 
 // Dependencies may name any node of the model, so all nodes are known before the first point is
 // added.
-void LoadedSchema::AddPoints(const lysc_node* node) {
+void Schema::AddPoints(const lysc_node* node) {
   LY_ARRAY_COUNT_TYPE i;
   LY_ARRAY_FOR(node->exts, i) {
     const lysc_ext_instance& extension = node->exts[i];
@@ -144,8 +155,7 @@ void LoadedSchema::AddPoints(const lysc_node* node) {
 }
 
 // Steps are names, "." and "..", separated by "/"; a leading "/" starts at the top.
-const lysc_node* LoadedSchema::ResolveDependency(const lysc_node* node,
-                                                 std::string_view path) const {
+const lysc_node* Schema::ResolveDependency(const lysc_node* node, std::string_view path) const {
   const std::string whole(path);
   const lysc_node* current = node;
   if (!path.empty() && path.front() == '/') {
@@ -174,17 +184,17 @@ const lysc_node* LoadedSchema::ResolveDependency(const lysc_node* node,
   return current;
 }
 
-const char* LoadedSchema::NamespacePrefix(uint32_t ns) const {
+const char* Schema::NamespacePrefix(uint32_t ns) const {
   const auto entry = prefixes_.find(ns);
   return entry == prefixes_.end() ? nullptr : entry->second;
 }
 
-const SchemaChildren& LoadedSchema::Children(const lysc_node* parent) const {
+const SchemaChildren& Schema::Children(const lysc_node* parent) const {
   return parent == nullptr ? top_ : FactsOf(parent).children;
 }
 
-const lysc_node* LoadedSchema::FindChild(const lysc_node* parent, std::string_view prefix,
-                                         std::string_view name) const {
+const lysc_node* Schema::FindChild(const lysc_node* parent, std::string_view prefix,
+                                   std::string_view name) const {
   const lysc_node* found = nullptr;
   for (const lysc_node* child : Children(parent)) {
     if (!HasName(child, prefix, name)) continue;
@@ -192,31 +202,6 @@ const lysc_node* LoadedSchema::FindChild(const lysc_node* parent, std::string_vi
     found = child;
   }
   return found;
-}
-
-const lysc_node* DataParent(const lysc_node* node) {
-  const lysc_node* parent = node->parent;
-  while (parent != nullptr && (parent->nodetype & (LYS_CHOICE | LYS_CASE)) != 0) {
-    parent = parent->parent;
-  }
-  return parent;
-}
-
-std::vector<const lysc_node*> KeyLeaves(const lysc_node* list) {
-  std::vector<const lysc_node*> keys;
-  for (const lysc_node* child = lysc_node_child(list); child != nullptr && lysc_is_key(child);
-       child = child->next) {
-    keys.push_back(child);
-  }
-  return keys;
-}
-
-std::string SchemaPath(const lysc_node* node) {
-  std::string path;
-  for (const lysc_node* step = node; step != nullptr; step = DataParent(step)) {
-    path.insert(0, step->name).insert(0, 1, '/');
-  }
-  return path;
 }
 
 }  // namespace confd

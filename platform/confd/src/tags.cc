@@ -1,9 +1,9 @@
-#include "tags.h"
+#include "store/tags.h"
 
 #include <array>
 #include <utility>
 
-#include "confd/store.h"
+#include "store/error.h"
 
 namespace confd {
 namespace {

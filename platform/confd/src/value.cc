@@ -7,12 +7,12 @@
 #include <string>
 #include <string_view>
 
-#include "confd/store.h"
+#include "confd/call_count.h"
 #include "store/address_text.h"
 #include "store/hex_list.h"
 #include "store/stored_value.h"
 #include "store/string_kind.h"
-#include "tags.h"
+#include "store/tags.h"
 
 namespace confd {
 namespace {

@@ -1,11 +1,10 @@
-#include "xpath.h"
+#include "store/xpath.h"
 
+#include <libyang/libyang.h>
+
+#include <algorithm>
 #include <cctype>
-#include <cstring>
 #include <memory>
-#include <string>
-
-#include "errors.h"
 
 namespace confd {
 namespace {
@@ -66,23 +65,17 @@ std::string StringValue(const lyd_node* node) {
 
 }  // namespace
 
-int EvaluateXPath(const LoadedSnapshot& configuration, const Place& context, const char* expression,
-                  char** result) {
-  if (context.schema != nullptr && context.node == nullptr) {
-    return Fail(CONFD_ERR_BADPATH, "the context node does not exist");
-  }
+std::optional<std::string> EvaluateXPath(const Snapshot& configuration, const lyd_node* context,
+                                         const char* expression) {
   ly_ctx* const libyang = configuration.schema().context();
   const std::string rewritten = WithModuleNames(libyang, expression);
   ly_set* nodes = nullptr;
   const LY_ERR outcome =
-      lyd_find_xpath3(context.node, configuration.tree(), rewritten.c_str(), nullptr, &nodes);
+      lyd_find_xpath3(context, configuration.tree(), rewritten.c_str(), nullptr, &nodes);
   const std::unique_ptr<ly_set, SetDeleter> owner(nodes);
   ly_err_clean(libyang, nullptr);
-  if (outcome != LY_SUCCESS) {
-    return Fail(CONFD_ERR_XPATH, std::string("cannot evaluate ") + expression);
-  }
-  *result = strdup(nodes->count == 0 ? "" : StringValue(nodes->dnodes[0]).c_str());
-  return CONFD_OK;
+  if (outcome != LY_SUCCESS) return std::nullopt;
+  return nodes->count == 0 ? "" : StringValue(nodes->dnodes[0]);
 }
 
 }  // namespace confd

@@ -8,13 +8,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <string>
 
-#include "confd/store.h"
-#include "tags.h"
+#include "store/error.h"
+#include "store/schema.h"
+#include "store/tags.h"
 
 namespace {
 

@@ -1,30 +1,67 @@
-// The compiled data model, prepared for walking by name.
-#ifndef PLATFORM_CONFD_SCHEMA_H_
-#define PLATFORM_CONFD_SCHEMA_H_
+// The compiled data model, prepared for walking by name, with its validation points.
+#ifndef STORE_SCHEMA_H_
+#define STORE_SCHEMA_H_
 
-#include <libyang/libyang.h>
-
+#include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "confd/store.h"
-#include "tags.h"
+#include "confd_lib.h"
+#include "store/tags.h"
+
+struct ly_ctx;
+struct lysc_module;
+struct lysc_node;
 
 namespace confd {
+
+/// One path of a tailf:dependency statement, resolved.
+struct Dependency {
+  const lysc_node* node;
+  bool absolute;  // written as an absolute path: a change there concerns every instance
+};
+
+/// One tailf:validate statement, attached to `node`.
+struct ValidationPoint {
+  std::string id;
+  std::string opaque;  // name under which the plug-in knows the point
+  bool call_once = false;
+  int priority = 0;
+  std::vector<Dependency> dependencies;
+  const lysc_node* node = nullptr;
+};
 
 /// Nodes below one node, or the top-level nodes; choices and cases are looked through.
 using SchemaChildren = std::vector<const lysc_node*>;
 
-class LoadedSchema : public Schema {
+/// The compiled data model with its tags and validation points. Immutable.
+class Schema final {
  public:
-  explicit LoadedSchema(const std::filesystem::path& yang_dir);
+  /// Loads every module in `yang_dir`. Of the schemas that are alive, the one loaded last is the
+  /// current one.
+  /// @throws Error  no module there, one does not compile, two names have one tag, a path or the
+  /// keys of a list do not fit a keypath, or a dependency names no node.
+  static std::shared_ptr<const Schema> Load(const std::filesystem::path& yang_dir);
 
-  ly_ctx* context() const override { return context_.get(); }
-  const std::vector<ValidationPoint>& validation_points() const override { return points_; }
-  xml_tag tag(const lysc_node* node) const override { return FactsOf(node).tag; }
+  /// Of the schemas that are alive the one loaded last, null when there is none: what functions
+  /// without a transaction name tags by.
+  static std::shared_ptr<const Schema> Current();
+
+  Schema(const Schema&) = delete;
+  Schema& operator=(const Schema&) = delete;
+
+  ly_ctx* context() const { return context_.get(); }
+
+  /// In schema order of their nodes, then statement order.
+  const std::vector<ValidationPoint>& validation_points() const { return points_; }
+
+  /// Tag and namespace numbers of a node.
+  xml_tag tag(const lysc_node* node) const;
 
   const TagTable& texts() const { return texts_; }
   const char* NamespacePrefix(uint32_t ns) const;
@@ -46,12 +83,12 @@ class LoadedSchema : public Schema {
   };
 
   struct ContextDeleter {
-    void operator()(ly_ctx* context) const { ly_ctx_destroy(context); }
+    void operator()(ly_ctx* context) const;
   };
 
-  static const NodeFacts& FactsOf(const lysc_node* node) {
-    return *static_cast<const NodeFacts*>(node->priv);
-  }
+  explicit Schema(const std::filesystem::path& yang_dir);
+
+  static const NodeFacts& FactsOf(const lysc_node* node);
 
   void LoadModules(const std::filesystem::path& yang_dir);
   void AddChildren(const lysc_node* parent, const lysc_module* module, SchemaChildren& children);
@@ -67,26 +104,6 @@ class LoadedSchema : public Schema {
   std::vector<ValidationPoint> points_;
 };
 
-/// Of the schemas that are alive the one loaded last, null when there is none: what functions
-/// without a transaction name tags by.
-std::shared_ptr<const LoadedSchema> CurrentSchema();
-
-/// The same object with its wider interface.
-inline const LoadedSchema& AsLoaded(const Schema& schema) {
-  return static_cast<const LoadedSchema&>(schema);
-}
-
-/// Whether instances of the node are told apart by a key: lists and leaf-lists.
-inline bool IsListLike(const lysc_node* node) {
-  return (node->nodetype & (LYS_LIST | LYS_LEAFLIST)) != 0;
-}
-
-/// Parent data node of a schema node, choices and cases looked through; null at the top.
-const lysc_node* DataParent(const lysc_node* node);
-
-/// The key leaves of a list in the order of its key statement.
-std::vector<const lysc_node*> KeyLeaves(const lysc_node* list);
-
 }  // namespace confd
 
-#endif  // PLATFORM_CONFD_SCHEMA_H_
+#endif  // STORE_SCHEMA_H_

@@ -1,6 +1,6 @@
 // Numbers that stand for node names and namespaces, as a schema compiler would assign them.
-#ifndef PLATFORM_CONFD_TAGS_H_
-#define PLATFORM_CONFD_TAGS_H_
+#ifndef STORE_TAGS_H_
+#define STORE_TAGS_H_
 
 #include <cstdint>
 #include <string>
@@ -29,4 +29,4 @@ class TagTable {
 
 }  // namespace confd
 
-#endif  // PLATFORM_CONFD_TAGS_H_
+#endif  // STORE_TAGS_H_

@@ -1,19 +1,21 @@
 // XPath evaluation on a configuration.
-#ifndef PLATFORM_CONFD_XPATH_H_
-#define PLATFORM_CONFD_XPATH_H_
+#ifndef STORE_XPATH_H_
+#define STORE_XPATH_H_
 
-#include "path.h"
+#include <optional>
+#include <string>
+
+#include "store/snapshot.h"
 
 namespace confd {
 
-/// Evaluates a location path with the node at `context` as context node. Names may carry a module's
-/// prefix or name.
-/// @param result  malloc'ed string value of the first node in document order; "" when there is none
-/// @returns CONFD_OK, or CONFD_ERR with CONFD_ERR_XPATH or CONFD_ERR_BADPATH set and `result`
-/// untouched
-int EvaluateXPath(const LoadedSnapshot& configuration, const Place& context, const char* expression,
-                  char** result);
+/// Evaluates a location path with `context`, or the root when it is null, as context node. Names
+/// may carry a module's prefix or name.
+/// @returns  the string value of the first node in document order, "" when there is none; nothing
+/// when the expression cannot be evaluated.
+std::optional<std::string> EvaluateXPath(const Snapshot& configuration, const lyd_node* context,
+                                         const char* expression);
 
 }  // namespace confd
 
-#endif  // PLATFORM_CONFD_XPATH_H_
+#endif  // STORE_XPATH_H_

@@ -173,7 +173,7 @@ int CountChanges(const confd::Snapshot& running, const confd::Snapshot& candidat
   int changes = 0;
   confd::VisitChanges(running, candidate, [&changes](const confd::Change&) {
     ++changes;
-    return ITER_RECURSE;
+    return confd::VisitResult::kRecurse;
   });
   return changes;
 }

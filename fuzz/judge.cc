@@ -75,7 +75,7 @@ TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const confd::Snapshot> 
   static const auto empty = confd::Snapshot::Empty(DataModel());
   confd::VisitChanges(*empty, *candidate_, [this](const confd::Change& change) {
     if (change.candidate != nullptr) nodes_.push_back(change.candidate);
-    return ITER_RECURSE;
+    return confd::VisitResult::kRecurse;
   });
 }
 

@@ -77,7 +77,7 @@ class Session {
   // pointer.
   confd_value_t NewValue(const confd::ValidationCall& call, confd::Keypath& keypath) const {
     confd_value_t value{};
-    const xml_tag tag = schema_.tag(call.point->node);
+    const auto tag = schema_.tag(call.point->node);
     CONFD_SET_XMLTAG(&value, tag.tag, tag.ns);
     if (call.instance != nullptr) {
       // Fails for what is no leaf and then leaves the tag alone.

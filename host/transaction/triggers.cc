@@ -158,13 +158,13 @@ ConcernedPointList ConcernedPoints(std::vector<PointCalls>& points, const lysc_n
   return concerned;
 }
 
-const char* VerbOf(confd_iter_op op) {
-  switch (op) {
-    case MOP_CREATED:
+const char* VerbOf(confd::ChangeKind kind) {
+  switch (kind) {
+    case confd::ChangeKind::kCreated:
       return "created ";
-    case MOP_DELETED:
+    case confd::ChangeKind::kDeleted:
       return "deleted ";
-    case MOP_MOVED_AFTER:
+    case confd::ChangeKind::kMovedAfter:
       return "moved ";
     default:
       return "changed ";
@@ -182,12 +182,12 @@ std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
   std::unordered_map<const lysc_node*, ConcernedPointList> concerned_by;
   confd::VisitChanges(running, candidate, [&](const confd::Change& change) {
     // A modified entry is only the way to a change below it.
-    if (change.op == MOP_MODIFIED) return ITER_RECURSE;
+    if (change.kind == confd::ChangeKind::kModified) return confd::VisitResult::kRecurse;
     const lysc_node* changed = change.node()->schema;
     const auto [concerned, is_new] = concerned_by.try_emplace(changed);
     if (is_new) concerned->second = ConcernedPoints(points, changed);
     for (const auto& [point, concern] : concerned->second) point->Add(change, concern, candidate);
-    return ITER_RECURSE;
+    return confd::VisitResult::kRecurse;
   });
 
   std::vector<size_t> order(points.size());
@@ -202,7 +202,7 @@ std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
 
 std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call) {
   if (!call.cause) return "called at every validation";
-  return VerbOf(call.cause->op) + confd::Keypath(schema, call.cause->node()).text();
+  return VerbOf(call.cause->kind) + confd::Keypath(schema, call.cause->node()).text();
 }
 
 }  // namespace ipvald

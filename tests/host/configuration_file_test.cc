@@ -33,7 +33,7 @@ size_t CountChanges(const confd::Snapshot& from, const confd::Snapshot& to) {
   size_t count = 0;
   confd::VisitChanges(from, to, [&count](const confd::Change&) {
     ++count;
-    return ITER_RECURSE;
+    return confd::VisitResult::kRecurse;
   });
   return count;
 }

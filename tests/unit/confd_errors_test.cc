@@ -7,6 +7,7 @@
 
 #include "confd/store.h"
 #include "confd_dp.h"
+#include "out_of_memory.h"
 
 namespace {
 

@@ -64,7 +64,7 @@ std::vector<bool> OffLongestRun(const std::vector<size_t>& numbers) {
 class DiffWalk {
  public:
   DiffWalk(const Snapshot& running, const Snapshot& candidate, bool presence_containers,
-           const std::function<confd_iter_ret(const Change&)>& visit)
+           const std::function<VisitResult(const Change&)>& visit)
       : running_(running),
         candidate_(candidate),
         presence_containers_(presence_containers),
@@ -115,18 +115,19 @@ class DiffWalk {
   // A list entry, or a presence container.
   void Instance(const lyd_node* old_node, const lyd_node* new_node, bool report_modified) {
     if (new_node == nullptr) {
-      Emit({MOP_DELETED, old_node, nullptr});
+      Emit({ChangeKind::kDeleted, old_node, nullptr});
       return;
     }
     if (old_node == nullptr) {
-      const confd_iter_ret answer = Emit({MOP_CREATED, nullptr, new_node});
-      if (!stopped_ && !skipping_ && answer == ITER_RECURSE) {
+      const VisitResult answer = Emit({ChangeKind::kCreated, nullptr, new_node});
+      if (!stopped_ && !skipping_ && answer == VisitResult::kRecurse) {
         Children(new_node->schema, nullptr, new_node);
       }
       return;
     }
     if (LookAlike(old_node, new_node)) return;
-    if (report_modified) unreported_.push_back({{MOP_MODIFIED, old_node, new_node}, depth_});
+    if (report_modified)
+      unreported_.push_back({{ChangeKind::kModified, old_node, new_node}, depth_});
     ++depth_;
     Children(new_node->schema, old_node, new_node);
     --depth_;
@@ -142,12 +143,12 @@ class DiffWalk {
 
   void Leaf(const lyd_node* old_node, const lyd_node* new_node) {
     if (new_node == nullptr) {
-      Emit({MOP_DELETED, old_node, nullptr});
+      Emit({ChangeKind::kDeleted, old_node, nullptr});
     } else if (old_node == nullptr || !SameValue(old_node, new_node)) {
       const bool is_empty =
           reinterpret_cast<const lysc_node_leaf*>(new_node->schema)->type->basetype ==
           LY_TYPE_EMPTY;
-      Emit({is_empty ? MOP_CREATED : MOP_VALUE_SET, old_node, new_node});
+      Emit({is_empty ? ChangeKind::kCreated : ChangeKind::kValueSet, old_node, new_node});
     }
   }
 
@@ -202,9 +203,9 @@ class DiffWalk {
                                       : running_.List(old_parent, list).Find(JoinedKey(new_entry));
       if (moved[i]) {
         const lyd_node* after = i == 0 ? nullptr : new_entries[i - 1];
-        const confd_iter_ret answer = Emit({MOP_MOVED_AFTER, old_entry, new_entry, after});
+        const VisitResult answer = Emit({ChangeKind::kMovedAfter, old_entry, new_entry, after});
         if (stopped_ || skipping_) return;
-        if (answer == ITER_CONTINUE) continue;
+        if (answer == VisitResult::kContinue) continue;
       }
       Instance(old_entry, new_entry, true);
     }
@@ -212,31 +213,31 @@ class DiffWalk {
 
   // Reports the modified entries above the change that were not yet reported, then the change
   // itself.
-  confd_iter_ret Emit(const Change& change) {
+  VisitResult Emit(const Change& change) {
     const std::vector<Entered> above = std::move(unreported_);
     unreported_.clear();
     for (const Entered& entered : above) {
-      const confd_iter_ret answer = visit_(entered.change);
-      if (answer == ITER_STOP) {
+      const VisitResult answer = visit_(entered.change);
+      if (answer == VisitResult::kStop) {
         stopped_ = true;
         return answer;
       }
-      if (answer == ITER_CONTINUE) {
+      if (answer == VisitResult::kContinue) {
         // The rest of this entry is not wanted: unwind to where it was entered.
         skipping_ = true;
         skip_to_depth_ = entered.depth;
         return answer;
       }
     }
-    const confd_iter_ret answer = visit_(change);
-    if (answer == ITER_STOP) stopped_ = true;
+    const VisitResult answer = visit_(change);
+    if (answer == VisitResult::kStop) stopped_ = true;
     return answer;
   }
 
   const Snapshot& running_;
   const Snapshot& candidate_;
   const bool presence_containers_;
-  const std::function<confd_iter_ret(const Change&)>& visit_;
+  const std::function<VisitResult(const Change&)>& visit_;
   std::vector<Entered> unreported_;  // modified entries that were entered without a change so far
   size_t depth_ = 0;                 // changed instances entered
   size_t skip_to_depth_ = 0;
@@ -247,14 +248,14 @@ class DiffWalk {
 }  // namespace
 
 void VisitChanges(const Snapshot& running, const Snapshot& candidate,
-                  const std::function<confd_iter_ret(const Change&)>& visit) {
+                  const std::function<VisitResult(const Change&)>& visit) {
   DiffWalk(running, candidate, true, visit).Children(nullptr, nullptr, nullptr);
 }
 
 void VisitChangesBelow(const Snapshot& running, const Place& running_place,
                        const Snapshot& candidate, const Place& candidate_place,
                        bool presence_containers,
-                       const std::function<confd_iter_ret(const Change&)>& visit) {
+                       const std::function<VisitResult(const Change&)>& visit) {
   DiffWalk walk(running, candidate, presence_containers, visit);
   const lysc_node* schema = candidate_place.schema;
   if (schema == nullptr) {

@@ -2,7 +2,6 @@
 
 #include <cstdarg>
 #include <cstdlib>
-#include <new>
 #include <utility>
 
 #include "confd/transaction.h"
@@ -25,10 +24,6 @@ int Fail(int code, std::string detail) {
   confd_errno = code;
   LastError() = std::move(detail);
   return CONFD_ERR;
-}
-
-void ThrowIfOutOfMemory(LY_ERR result) {
-  if (result == LY_EMEM) throw std::bad_alloc();
 }
 
 TransactionContext::~TransactionContext() { ClearError(); }

@@ -19,6 +19,10 @@
 namespace confd {
 namespace {
 
+// What a data model may have fits, with the C_NOEXISTS behind the last value of an element.
+static_assert(kMaxPathElements < MAXDEPTH);
+static_assert(kMaxListKeys < MAXKEYLEN);
+
 // A path of no elements.
 std::unique_ptr<confd_hkeypath_t> BlankPath() {
   auto path = std::make_unique<confd_hkeypath_t>();
@@ -35,7 +39,7 @@ class Builder {
  public:
   explicit Builder(confd_hkeypath_t* path) : path_(path) {}
 
-  void AddTag(xml_tag tag) { NextElement()[0] = TagValue(tag); }
+  void AddTag(NodeTag tag) { NextElement()[0] = TagValue(tag); }
 
   void AddKeys(const lyd_node* entry) {
     confd_value_t* element = NextElement();

@@ -83,6 +83,35 @@ int Evaluate(const TransactionCall& call, const char* expression, char** result)
   return CONFD_OK;
 }
 
+confd_iter_op OperationOf(ChangeKind kind) {
+  switch (kind) {
+    case ChangeKind::kCreated:
+      return MOP_CREATED;
+    case ChangeKind::kDeleted:
+      return MOP_DELETED;
+    case ChangeKind::kModified:
+      return MOP_MODIFIED;
+    case ChangeKind::kValueSet:
+      return MOP_VALUE_SET;
+    case ChangeKind::kMovedAfter:
+      break;
+  }
+  return MOP_MOVED_AFTER;
+}
+
+VisitResult ResultOf(confd_iter_ret answer) {
+  switch (answer) {
+    case ITER_STOP:
+      return VisitResult::kStop;
+    case ITER_RECURSE:
+      return VisitResult::kRecurse;
+    case ITER_CONTINUE:
+      return VisitResult::kContinue;
+    default:
+      return VisitResult::kOther;
+  }
+}
+
 struct IterateState {
   const Schema* schema;
   maapi_iterate_fn iter;
@@ -99,18 +128,19 @@ confd_iter_ret Report(IterateState& to, const Change& change) {
   if (to.wrong_value > 0u && to.wrong_value <= elements) {
     ReplaceByOtherType(&keypath.get()->v[*to.wrong_value - 1][0]);
   }
-  if (change.op == MOP_VALUE_SET) {
+  const confd_iter_op op = OperationOf(change.kind);
+  if (op == MOP_VALUE_SET) {
     confd_value_t value = LeafValue(change.candidate);
     if (to.wrong_value == 0u) ReplaceByOtherType(&value);
-    const confd_iter_ret result = to.iter(keypath.get(), change.op, nullptr, &value, to.state);
+    const confd_iter_ret result = to.iter(keypath.get(), op, nullptr, &value, to.state);
     FreeOwned(&value);
     return result;
   }
-  if (change.op == MOP_MOVED_AFTER && change.after != nullptr) {
+  if (op == MOP_MOVED_AFTER && change.after != nullptr) {
     Keypath after(*to.schema, change.after);
-    return to.iter(keypath.get(), change.op, nullptr, after.get()->v[0], to.state);
+    return to.iter(keypath.get(), op, nullptr, after.get()->v[0], to.state);
   }
-  return to.iter(keypath.get(), change.op, nullptr, nullptr, to.state);
+  return to.iter(keypath.get(), op, nullptr, nullptr, to.state);
 }
 
 int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void* initstate) {
@@ -121,7 +151,7 @@ int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void*
   IterateState state{&candidate.schema(), iter, initstate, WrongValue()};
   VisitChangesBelow(running, *running_place, candidate, *call.place,
                     (flags & ITER_WANT_P_CONTAINER) != 0,
-                    [&state](const Change& change) { return Report(state, change); });
+                    [&state](const Change& change) { return ResultOf(Report(state, change)); });
   return CONFD_OK;
 }
 

@@ -7,8 +7,8 @@
 #include <set>
 #include <string>
 
-#include "errors.h"
 #include "libyang_plugins.h"
+#include "out_of_memory.h"
 #include "store/error.h"
 #include "store/schema_node.h"
 
@@ -68,7 +68,7 @@ const Schema::NodeFacts& Schema::FactsOf(const lysc_node* node) {
   return *static_cast<const NodeFacts*>(node->priv);
 }
 
-xml_tag Schema::tag(const lysc_node* node) const { return FactsOf(node).tag; }
+NodeTag Schema::tag(const lysc_node* node) const { return FactsOf(node).tag; }
 
 Schema::Schema(const std::filesystem::path& yang_dir) {
   LoadModules(yang_dir);
@@ -117,8 +117,9 @@ void Schema::AddChildren(const lysc_node* parent, const lysc_module* module,
 
 void Schema::AddNode(const lysc_node* node, int depth) {
   if (IsListLike(node)) ++depth;  // an entry takes a second element of a keypath
-  if (depth >= MAXDEPTH) throw Error(SchemaPath(node) + " is deeper than a keypath can hold");
-  if (node->nodetype == LYS_LIST && KeyLeaves(node).size() >= MAXKEYLEN) {
+  if (depth > kMaxPathElements)
+    throw Error(SchemaPath(node) + " is deeper than a keypath can hold");
+  if (node->nodetype == LYS_LIST && KeyLeaves(node).size() > kMaxListKeys) {
     throw Error(SchemaPath(node) + " has more keys than a keypath can hold");
   }
   NodeFacts& facts = facts_.emplace_back();

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "confd/libyang_fault.h"
-#include "errors.h"
+#include "out_of_memory.h"
 #include "store/error.h"
 #include "store/schema_node.h"
 

@@ -119,7 +119,7 @@ void ReplaceByOtherType(confd_value_t* value) {
   }
 }
 
-confd_value_t TagValue(xml_tag tag) {
+confd_value_t TagValue(NodeTag tag) {
   confd_value_t value{};
   CONFD_SET_XMLTAG(&value, tag.tag, tag.ns);
   return value;

@@ -2,6 +2,7 @@
 #ifndef STORE_SCHEMA_H_
 #define STORE_SCHEMA_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
@@ -11,7 +12,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "confd_lib.h"
 #include "store/tags.h"
 
 struct ly_ctx;
@@ -35,6 +35,11 @@ struct ValidationPoint {
   std::vector<Dependency> dependencies;
   const lysc_node* node = nullptr;
 };
+
+/// Most elements of a path, where an entry of a list has one beside the list's own, and most keys
+/// of a list. A data model with more is refused.
+inline constexpr int kMaxPathElements = 19;
+inline constexpr size_t kMaxListKeys = 8;
 
 /// Nodes below one node, or the top-level nodes; choices and cases are looked through.
 using SchemaChildren = std::vector<const lysc_node*>;
@@ -61,7 +66,7 @@ class Schema final {
   const std::vector<ValidationPoint>& validation_points() const { return points_; }
 
   /// Tag and namespace numbers of a node.
-  xml_tag tag(const lysc_node* node) const;
+  NodeTag tag(const lysc_node* node) const;
 
   const TagTable& texts() const { return texts_; }
   const char* NamespacePrefix(uint32_t ns) const;
@@ -78,7 +83,7 @@ class Schema final {
  private:
   // What is asked of a node for every instance that is visited.
   struct NodeFacts {
-    xml_tag tag;
+    NodeTag tag;
     SchemaChildren children;
   };
 

@@ -14,6 +14,12 @@ namespace confd {
 /// the real algorithm is not public.
 uint32_t TagOf(std::string_view text);
 
+/// What stands for a node of the data model: the numbers of its name and of its namespace.
+struct NodeTag {
+  uint32_t tag;
+  uint32_t ns;
+};
+
 /// The texts of one schema and their numbers, both ways.
 class TagTable {
  public:

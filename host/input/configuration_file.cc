@@ -7,11 +7,11 @@
 #include <string_view>
 #include <utility>
 
-#include "confd/libyang_fault.h"
 #include "json_configuration.h"
 #include "one_line.h"
 #include "resources.h"
 #include "schema_walk.h"
+#include "store/libyang_fault.h"
 #include "xml_configuration.h"
 
 namespace ipvald {
@@ -60,7 +60,7 @@ void RemoveLeadingBlanks(ParserInput& input) {
 // libyang's last fault as an InputError. A fault that shows only in the whole tree has no line, but
 // a path.
 InputError LastError(const ly_ctx* context, const ParserInput& input) {
-  const confd::LibyangFault fault = confd::LastFault(context);
+  const store::LibyangFault fault = store::LastFault(context);
   std::string text = OneLine(fault.message);
   if (text.empty()) text = "not a valid configuration";
   if (fault.line > 0) return LocatedError(input.name, input.lines_removed + fault.line, text);

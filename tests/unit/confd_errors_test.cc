@@ -19,9 +19,9 @@ TEST(Fail, SetsNumberAndText) {
 }
 
 TEST(OutOfMemory, IsNoOtherError) {
-  EXPECT_THROW(confd::ThrowIfOutOfMemory(LY_EMEM), std::bad_alloc);
+  EXPECT_THROW(store::ThrowIfOutOfMemory(LY_EMEM), std::bad_alloc);
   for (const LY_ERR result : {LY_SUCCESS, LY_ESYS, LY_EINVAL, LY_EINT, LY_EVALID, LY_EOTHER}) {
-    EXPECT_NO_THROW(confd::ThrowIfOutOfMemory(result)) << result;
+    EXPECT_NO_THROW(store::ThrowIfOutOfMemory(result)) << result;
   }
 }
 

@@ -4,7 +4,7 @@
 
 #include <charconv>
 
-namespace confd {
+namespace store {
 
 std::string AddressText(int family, const void* address) {
   if (family == AF_INET) {  // inet_ntop would print it with sprintf
@@ -29,4 +29,4 @@ uint8_t ReadAddressAndLength(int family, std::string_view text, void* address) {
   return static_cast<uint8_t>(length);
 }
 
-}  // namespace confd
+}  // namespace store

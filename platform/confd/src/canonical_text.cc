@@ -9,7 +9,7 @@
 #include "store/stored_value.h"
 #include "store/string_kind.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 // Whether any text is its own canonical form.
@@ -96,4 +96,4 @@ std::optional<std::string> CanonicalText(const lysc_node* leaf, std::string_view
   return owned;
 }
 
-}  // namespace confd
+}  // namespace store

@@ -21,8 +21,8 @@ struct SessionCall {
     configuration = session->snapshot.get();
   }
 
-  const Snapshot* configuration = nullptr;
-  std::optional<Place> place;
+  const store::Snapshot* configuration = nullptr;
+  std::optional<store::Place> place;
 };
 
 int StartSession(const char* function, int sock, cdb_db_type db) {

@@ -11,7 +11,7 @@ namespace confd {
 
 struct CursorWalk {
   Transaction* transaction;  // null once the transaction has ended
-  const ListIndex* list;
+  const store::ListIndex* list;
   size_t next = 0;  // position of the entry that the next step shows
 };
 

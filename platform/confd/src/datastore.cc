@@ -71,7 +71,7 @@ int EndCdbSession(int sock) {
   return CONFD_OK;
 }
 
-Datastore::Datastore(std::shared_ptr<const Snapshot> running) : id_(++All().last) {
+Datastore::Datastore(std::shared_ptr<const store::Snapshot> running) : id_(++All().last) {
   All().running.emplace(id_, Configuration{std::move(running)});
 }
 
@@ -91,7 +91,7 @@ int Datastore::OpenSocket() {
   return sock;
 }
 
-int Datastore::StartTransaction(std::shared_ptr<const Snapshot> candidate) {
+int Datastore::StartTransaction(std::shared_ptr<const store::Snapshot> candidate) {
   const int thandle = ++All().last;
   All().transactions.emplace(
       thandle, Transaction{id_, {All().running.at(id_).snapshot}, {std::move(candidate)}, {}});

@@ -11,7 +11,7 @@
 #include "store/list_index.h"
 #include "store/schema_node.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 bool IsPresenceContainer(const lysc_node* node) {
@@ -270,4 +270,4 @@ void VisitChangesBelow(const Snapshot& running, const Place& running_place,
   }
 }
 
-}  // namespace confd
+}  // namespace store

@@ -1,6 +1,6 @@
 #include "store/hex_list.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 int HexDigit(char c) { return c <= '9' ? c - '0' : c - 'a' + 10; }
@@ -27,4 +27,4 @@ std::string HexListBytes(std::string_view text) {
   return bytes;
 }
 
-}  // namespace confd
+}  // namespace store

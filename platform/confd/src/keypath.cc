@@ -20,8 +20,8 @@ namespace confd {
 namespace {
 
 // What a data model may have fits, with the C_NOEXISTS behind the last value of an element.
-static_assert(kMaxPathElements < MAXDEPTH);
-static_assert(kMaxListKeys < MAXKEYLEN);
+static_assert(store::kMaxPathElements < MAXDEPTH);
+static_assert(store::kMaxListKeys < MAXKEYLEN);
 
 // A path of no elements.
 std::unique_ptr<confd_hkeypath_t> BlankPath() {
@@ -39,7 +39,7 @@ class Builder {
  public:
   explicit Builder(confd_hkeypath_t* path) : path_(path) {}
 
-  void AddTag(NodeTag tag) { NextElement()[0] = TagValue(tag); }
+  void AddTag(store::NodeTag tag) { NextElement()[0] = TagValue(tag); }
 
   void AddKeys(const lyd_node* entry) {
     confd_value_t* element = NextElement();
@@ -54,9 +54,9 @@ class Builder {
     }
   }
 
-  void AddNode(const Schema& schema, const lyd_node* node) {
+  void AddNode(const store::Schema& schema, const lyd_node* node) {
     for (; node != nullptr; node = lyd_parent(node)) {
-      if (IsListLike(node->schema)) AddKeys(node);
+      if (store::IsListLike(node->schema)) AddKeys(node);
       AddTag(schema.tag(node->schema));
     }
   }
@@ -105,24 +105,25 @@ int CopyPathText(char* buf, int bufsiz, const confd_hkeypath_t* path, int deepes
 
 Keypath::Keypath() : path_(BlankPath()) {}
 
-Keypath::Keypath(const Schema& schema, const lyd_node* node) : Keypath() {
+Keypath::Keypath(const store::Schema& schema, const lyd_node* node) : Keypath() {
   Builder(path_.get()).AddNode(schema, node);
 }
 
-void Keypath::Set(const Schema& schema, const lyd_node* node) {
+void Keypath::Set(const store::Schema& schema, const lyd_node* node) {
   FreeKeys(path_.get());
   Builder(path_.get()).AddNode(schema, node);
 }
 
-Keypath::Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* list) : Keypath() {
+Keypath::Keypath(const store::Schema& schema, const lyd_node* parent, const lysc_node* list)
+    : Keypath() {
   Builder builder(path_.get());
   builder.AddTag(schema.tag(list));
   builder.AddNode(schema, parent);
 }
 
-Keypath::Keypath(const Snapshot& configuration, const std::string& path) : Keypath() {
+Keypath::Keypath(const store::Snapshot& configuration, const std::string& path) : Keypath() {
   const auto place = FindPlace(configuration, path);
-  if (!place || !place->exists) throw Error("nothing is at " + path);
+  if (!place || !place->exists) throw store::Error("nothing is at " + path);
   Builder builder(path_.get());
   if (place->without_keys) builder.AddTag(configuration.schema().tag(place->schema));
   builder.AddNode(configuration.schema(), place->without_keys ? place->parent : place->node);
@@ -165,17 +166,17 @@ void confd_free_hkeypath(confd_hkeypath_t* hkp) {
 }
 
 char* confd_hash2str(uint32_t hash) {
-  const auto schema = confd::Schema::Current();
+  const auto schema = store::Schema::Current();
   return schema == nullptr ? nullptr : const_cast<char*>(schema->texts().Text(hash));
 }
 
 uint32_t confd_str2hash(const char* str) {
-  const uint32_t tag = confd::TagOf(str);
+  const uint32_t tag = store::TagOf(str);
   const char* known = confd_hash2str(tag);
   return known != nullptr && std::string_view(known) == str ? tag : 0;
 }
 
 char* confd_ns2prefix(uint32_t ns) {
-  const auto schema = confd::Schema::Current();
+  const auto schema = store::Schema::Current();
   return schema == nullptr ? nullptr : const_cast<char*>(schema->NamespacePrefix(ns));
 }

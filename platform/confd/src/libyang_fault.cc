@@ -1,11 +1,11 @@
-#include "confd/libyang_fault.h"
+#include "store/libyang_fault.h"
 
 #include <libyang/libyang.h>
 
 #include <charconv>
 #include <new>
 
-namespace confd {
+namespace store {
 namespace {
 
 uint64_t LineOf(std::string_view location) {
@@ -39,4 +39,4 @@ LibyangFault LastFault(const ly_ctx* context) {
   return fault;
 }
 
-}  // namespace confd
+}  // namespace store

@@ -18,7 +18,7 @@
 #include "store/hex_list.h"
 #include "store/string_kind.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 constexpr const char* kModule = "tailf-common";
@@ -175,7 +175,7 @@ lyplg_type TypePlugin(const char* id, lyplg_type_store_clb store) {
 
 lyplg_ext ValidatePlugin() {
   lyplg_ext plugin{};
-  plugin.id = "confd - validate";
+  plugin.id = "store - validate";
   plugin.parse = KeepSubstatements;
   plugin.compile = CompileValidate;
   plugin.cfree = FreeValidate;
@@ -183,7 +183,7 @@ lyplg_ext ValidatePlugin() {
 }
 
 }  // namespace
-}  // namespace confd
+}  // namespace store
 
 // libyang looks these names up in the library that lyplg_add names; each table ends with an empty
 // record.
@@ -195,20 +195,20 @@ extern const lyplg_ext_record plugins_extensions__[];
 
 uint32_t plugins_types_apiver__ = LYPLG_TYPE_API_VERSION;
 const lyplg_type_record plugins_types__[] = {
-    {confd::kModule, confd::kRevision, "ipv4-address-and-prefix-length",
-     confd::TypePlugin(confd::kIpv4AndPlenType, confd::Store<confd::kIpv4AndPlen>)},
-    {confd::kModule, confd::kRevision, "ipv6-address-and-prefix-length",
-     confd::TypePlugin(confd::kIpv6AndPlenType, confd::Store<confd::kIpv6AndPlen>)},
-    {confd::kModule, confd::kRevision, "hex-list",
-     confd::TypePlugin(confd::kHexListType, confd::Store<confd::kHexList>)},
+    {store::kModule, store::kRevision, "ipv4-address-and-prefix-length",
+     store::TypePlugin(store::kIpv4AndPlenType, store::Store<store::kIpv4AndPlen>)},
+    {store::kModule, store::kRevision, "ipv6-address-and-prefix-length",
+     store::TypePlugin(store::kIpv6AndPlenType, store::Store<store::kIpv6AndPlen>)},
+    {store::kModule, store::kRevision, "hex-list",
+     store::TypePlugin(store::kHexListType, store::Store<store::kHexList>)},
     {}};
 
 uint32_t plugins_extensions_apiver__ = LYPLG_EXT_API_VERSION;
 const lyplg_ext_record plugins_extensions__[] = {
-    {confd::kModule, confd::kRevision, "validate", confd::ValidatePlugin()}, {}};
+    {store::kModule, store::kRevision, "validate", store::ValidatePlugin()}, {}};
 }
 
-namespace confd {
+namespace store {
 
 void RegisterLibyangPlugins() {
   Dl_info library;
@@ -218,4 +218,4 @@ void RegisterLibyangPlugins() {
   }
 }
 
-}  // namespace confd
+}  // namespace store

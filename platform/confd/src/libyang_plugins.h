@@ -1,12 +1,12 @@
 // What libyang has to know of the tailf-common module: the extension that attaches validation
 // points, and the types whose values a generic string could not hold.
-#ifndef PLATFORM_CONFD_LIBYANG_PLUGINS_H_
-#define PLATFORM_CONFD_LIBYANG_PLUGINS_H_
+#ifndef PLATFORM_STORE_LIBYANG_PLUGINS_H_
+#define PLATFORM_STORE_LIBYANG_PLUGINS_H_
 
 #include <string>
 #include <vector>
 
-namespace confd {
+namespace store {
 
 /// Content of one tailf:validate statement; hangs as `compiled` on the extension instance of the
 /// compiled node.
@@ -22,6 +22,6 @@ struct ValidateStatement {
 /// @throws Error  libyang refuses them.
 void RegisterLibyangPlugins();
 
-}  // namespace confd
+}  // namespace store
 
-#endif  // PLATFORM_CONFD_LIBYANG_PLUGINS_H_
+#endif  // PLATFORM_STORE_LIBYANG_PLUGINS_H_

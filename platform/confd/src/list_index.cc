@@ -8,7 +8,7 @@
 #include "store/schema_node.h"
 #include "value_order.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 bool LessByKeys(const lyd_node* a, const lyd_node* b) { return CompareEntries(a, b) < 0; }
@@ -102,4 +102,4 @@ const lyd_node* ListIndex::FindNearby(const std::vector<std::string_view>& keys)
   return nullptr;
 }
 
-}  // namespace confd
+}  // namespace store

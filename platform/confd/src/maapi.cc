@@ -34,12 +34,12 @@ struct TransactionCall {
 
   Transaction* transaction;
   FormattedPath path;
-  std::optional<Place> place;
+  std::optional<store::Place> place;
 };
 
-template <typename Store>
-int GetTyped(const TransactionCall& call, confd_vtype type, Store store) {
-  return call.place ? ReadTyped(*call.place, type, store) : CONFD_ERR;
+template <typename Take>
+int GetTyped(const TransactionCall& call, confd_vtype type, Take take) {
+  return call.place ? ReadTyped(*call.place, type, take) : CONFD_ERR;
 }
 
 // Hands the bytes of a string or binary leaf over to the caller, who frees them.
@@ -60,9 +60,9 @@ int InitCursor(const TransactionCall& call, maapi_cursor* mc) {
   if (!call.place) return CONFD_ERR;
   if (!call.place->without_keys) return Fail(CONFD_ERR_BADPATH, "not the path of a list");
   if (!call.place->exists) {
-    return Fail(CONFD_ERR_NOEXISTS, SchemaPath(call.place->schema) + " has no parent here");
+    return Fail(CONFD_ERR_NOEXISTS, store::SchemaPath(call.place->schema) + " has no parent here");
   }
-  const ListIndex& list =
+  const store::ListIndex& list =
       call.transaction->candidate.snapshot->List(call.place->parent, call.place->schema);
   auto walk = std::make_unique<CursorWalk>(CursorWalk{call.transaction, &list});
   call.transaction->walks.insert(walk.get());
@@ -77,43 +77,43 @@ int Evaluate(const TransactionCall& call, const char* expression, char** result)
     return Fail(CONFD_ERR_BADPATH, "the context node does not exist");
   }
   const auto text =
-      EvaluateXPath(*call.transaction->candidate.snapshot, call.place->node, expression);
+      store::EvaluateXPath(*call.transaction->candidate.snapshot, call.place->node, expression);
   if (!text) return Fail(CONFD_ERR_XPATH, std::string("cannot evaluate ") + expression);
   *result = strdup(text->c_str());
   return CONFD_OK;
 }
 
-confd_iter_op OperationOf(ChangeKind kind) {
+confd_iter_op OperationOf(store::ChangeKind kind) {
   switch (kind) {
-    case ChangeKind::kCreated:
+    case store::ChangeKind::kCreated:
       return MOP_CREATED;
-    case ChangeKind::kDeleted:
+    case store::ChangeKind::kDeleted:
       return MOP_DELETED;
-    case ChangeKind::kModified:
+    case store::ChangeKind::kModified:
       return MOP_MODIFIED;
-    case ChangeKind::kValueSet:
+    case store::ChangeKind::kValueSet:
       return MOP_VALUE_SET;
-    case ChangeKind::kMovedAfter:
+    case store::ChangeKind::kMovedAfter:
       break;
   }
   return MOP_MOVED_AFTER;
 }
 
-VisitResult ResultOf(confd_iter_ret answer) {
+store::VisitResult ResultOf(confd_iter_ret answer) {
   switch (answer) {
     case ITER_STOP:
-      return VisitResult::kStop;
+      return store::VisitResult::kStop;
     case ITER_RECURSE:
-      return VisitResult::kRecurse;
+      return store::VisitResult::kRecurse;
     case ITER_CONTINUE:
-      return VisitResult::kContinue;
+      return store::VisitResult::kContinue;
     default:
-      return VisitResult::kOther;
+      return store::VisitResult::kOther;
   }
 }
 
 struct IterateState {
-  const Schema* schema;
+  const store::Schema* schema;
   maapi_iterate_fn iter;
   void* state;
   std::optional<size_t> wrong_value;  // of the call that walks, not of those that `iter` makes
@@ -121,7 +121,7 @@ struct IterateState {
 };
 
 // One change as the caller's function receives it. The value belongs to the library.
-confd_iter_ret Report(IterateState& to, const Change& change) {
+confd_iter_ret Report(IterateState& to, const store::Change& change) {
   Keypath& keypath = to.keypath;
   keypath.Set(*to.schema, change.node());
   const size_t elements = static_cast<size_t>(keypath.get()->len);
@@ -145,13 +145,13 @@ confd_iter_ret Report(IterateState& to, const Change& change) {
 
 int Iterate(const TransactionCall& call, maapi_iterate_fn iter, int flags, void* initstate) {
   if (!call.place) return CONFD_ERR;
-  const Snapshot& running = *call.transaction->running.snapshot;
-  const Snapshot& candidate = *call.transaction->candidate.snapshot;
+  const store::Snapshot& running = *call.transaction->running.snapshot;
+  const store::Snapshot& candidate = *call.transaction->candidate.snapshot;
   const auto running_place = FindPlace(call.transaction->running, call.path.view());
   IterateState state{&candidate.schema(), iter, initstate, WrongValue()};
-  VisitChangesBelow(running, *running_place, candidate, *call.place,
-                    (flags & ITER_WANT_P_CONTAINER) != 0,
-                    [&state](const Change& change) { return ResultOf(Report(state, change)); });
+  store::VisitChangesBelow(
+      running, *running_place, candidate, *call.place, (flags & ITER_WANT_P_CONTAINER) != 0,
+      [&state](const store::Change& change) { return ResultOf(Report(state, change)); });
   return CONFD_OK;
 }
 

@@ -6,7 +6,7 @@
 
 #include <new>
 
-namespace confd {
+namespace store {
 
 /// For a result of libyang that is no success: when it says that memory was lacking, no folder and
 /// no configuration is to blame.
@@ -15,6 +15,6 @@ inline void ThrowIfOutOfMemory(LY_ERR result) {
   if (result == LY_EMEM) throw std::bad_alloc();
 }
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // PLATFORM_STORE_OUT_OF_MEMORY_H_

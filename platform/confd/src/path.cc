@@ -122,9 +122,9 @@ std::optional<std::string> CanonicalKeys(const lysc_node* list,
   for (const std::string_view part : parts) {
     if (key == nullptr || !lysc_is_key(key)) return std::nullopt;
     const auto canonical =
-        IsQuoted(part) ? CanonicalText(key, Unquote(part)) : CanonicalText(key, part);
+        IsQuoted(part) ? store::CanonicalText(key, Unquote(part)) : store::CanonicalText(key, part);
     if (!canonical) return std::nullopt;
-    JoinKey(joined, *canonical);
+    store::JoinKey(joined, *canonical);
     key = key->next;
   }
   if (key != nullptr && lysc_is_key(key)) return std::nullopt;
@@ -133,10 +133,10 @@ std::optional<std::string> CanonicalKeys(const lysc_node* list,
 
 class PathReader {
  public:
-  PathReader(const Snapshot& configuration, LastPath& last, std::string_view text)
+  PathReader(const store::Snapshot& configuration, LastPath& last, std::string_view text)
       : configuration_(configuration), last_(last), whole_(text), rest_(text) {}
 
-  std::optional<Place> Read() {
+  std::optional<store::Place> Read() {
     Resume();
     bool is_first = last_.steps.empty();
     if (is_first && rest_.starts_with('/')) rest_.remove_prefix(1);
@@ -187,7 +187,7 @@ class PathReader {
     if (rest_.starts_with('{')) {
       if (schema->nodetype != LYS_LIST) return Bad("keys at a node that is no list");
       if (!ReadEntry(schema, parent, parent_exists)) return false;
-    } else if (IsListLike(schema)) {
+    } else if (store::IsListLike(schema)) {
       place_.node = nullptr;
       place_.without_keys = true;
     } else {
@@ -205,8 +205,8 @@ class PathReader {
     const auto texts = HasOneKey(list) ? std::vector{Trim(text)} : SplitKeys(text);
     rest_.remove_prefix(end + 1);
     is_plain_ = is_plain_ && text.find('"') == std::string_view::npos;
-    static const ListIndex kNone;
-    const ListIndex& entries = parent_exists ? configuration_.List(parent, list) : kNone;
+    static const store::ListIndex kNone;
+    const store::ListIndex& entries = parent_exists ? configuration_.List(parent, list) : kNone;
     const bool plain = std::none_of(texts.begin(), texts.end(), IsQuoted);
     place_.node = plain ? entries.FindNearby(texts) : nullptr;
     if (place_.node == nullptr) {
@@ -223,11 +223,11 @@ class PathReader {
     return false;
   }
 
-  const Snapshot& configuration_;
+  const store::Snapshot& configuration_;
   LastPath& last_;
   std::string_view whole_;
   std::string_view rest_;
-  Place place_;
+  store::Place place_;
   bool is_plain_ = true;  // no quote was met in a key
 };
 
@@ -268,10 +268,10 @@ bool FormattedPath::Append(const char* format, va_list args) {
     } else if (!counted && *c == 'u') {
       text_ += std::to_string(va_arg(args, unsigned));
     } else if (!counted && strncmp(c, "ip4", 3) == 0) {
-      text_ += AddressText(AF_INET, va_arg(args, const in_addr*));
+      text_ += store::AddressText(AF_INET, va_arg(args, const in_addr*));
       c += 2;
     } else if (!counted && strncmp(c, "ip6", 3) == 0) {
-      text_ += AddressText(AF_INET6, va_arg(args, const in6_addr*));
+      text_ += store::AddressText(AF_INET6, va_arg(args, const in6_addr*));
       c += 2;
     } else {
       Fail(CONFD_ERR_BADPATH, std::string("unknown conversion in path format ") + format);
@@ -280,11 +280,11 @@ bool FormattedPath::Append(const char* format, va_list args) {
   }
 }
 
-std::optional<Place> FindPlace(Configuration& configuration, std::string_view text) {
+std::optional<store::Place> FindPlace(Configuration& configuration, std::string_view text) {
   return PathReader(*configuration.snapshot, configuration.last_path, text).Read();
 }
 
-std::optional<Place> FindPlace(const Snapshot& snapshot, std::string_view text) {
+std::optional<store::Place> FindPlace(const store::Snapshot& snapshot, std::string_view text) {
   LastPath none;
   return PathReader(snapshot, none, text).Read();
 }

@@ -47,7 +47,7 @@ class FormattedPath {
 struct LastPath {
   struct Step {
     size_t end;  // in `text`
-    Place place;
+    store::Place place;
   };
   std::string text;
   std::vector<Step> steps;  // as many as could be read
@@ -55,7 +55,7 @@ struct LastPath {
 
 /// A configuration as calls read it.
 struct Configuration {
-  std::shared_ptr<const Snapshot> snapshot;
+  std::shared_ptr<const store::Snapshot> snapshot;
   LastPath last_path = {};
 };
 
@@ -63,10 +63,10 @@ struct Configuration {
 /// (blanks at its ends do not count), several keys separated by blanks, a key in double quotes with
 /// \" and \\ inside.
 /// @returns nothing on an error, with CONFD_ERR_BADPATH set.
-std::optional<Place> FindPlace(Configuration& configuration, std::string_view text);
+std::optional<store::Place> FindPlace(Configuration& configuration, std::string_view text);
 
 /// The same for one path of a snapshot.
-std::optional<Place> FindPlace(const Snapshot& snapshot, std::string_view text);
+std::optional<store::Place> FindPlace(const store::Snapshot& snapshot, std::string_view text);
 
 }  // namespace confd
 

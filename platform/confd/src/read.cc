@@ -9,39 +9,40 @@
 
 namespace confd {
 
-int ReadExists(const Place& place) { return place.exists ? 1 : 0; }
+int ReadExists(const store::Place& place) { return place.exists ? 1 : 0; }
 
-int ReadInstanceCount(const Snapshot& configuration, const Place& place) {
+int ReadInstanceCount(const store::Snapshot& configuration, const store::Place& place) {
   if (!place.without_keys) return Fail(CONFD_ERR_BADPATH, "not the path of a list");
   if (!place.exists) {
-    return Fail(CONFD_ERR_NOEXISTS, SchemaPath(place.schema) + " has no parent here");
+    return Fail(CONFD_ERR_NOEXISTS, store::SchemaPath(place.schema) + " has no parent here");
   }
   return static_cast<int>(configuration.List(place.parent, place.schema).entries().size());
 }
 
-int ReadValue(const Place& place, confd_value_t* value) {
+int ReadValue(const store::Place& place, confd_value_t* value) {
   if (place.schema == nullptr || place.schema->nodetype != LYS_LEAF) {
     return Fail(CONFD_ERR_BADPATH, "not the path of a leaf");
   }
   if (place.node == nullptr) {
-    return Fail(CONFD_ERR_NOEXISTS, SchemaPath(place.schema) + " does not exist here");
+    return Fail(CONFD_ERR_NOEXISTS, store::SchemaPath(place.schema) + " does not exist here");
   }
   const confd_value_t read = LeafValue(place.node);
   if (read.type == C_NOEXISTS) {
-    return Fail(CONFD_ERR_NOT_IMPLEMENTED, SchemaPath(place.schema) + " has a type not carried");
+    return Fail(CONFD_ERR_NOT_IMPLEMENTED,
+                store::SchemaPath(place.schema) + " has a type not carried");
   }
   *value = read;
   return CONFD_OK;
 }
 
-int GiveValue(const Place& place, confd_value_t* value) {
+int GiveValue(const store::Place& place, confd_value_t* value) {
   if (ReadValue(place, value) != CONFD_OK) return CONFD_ERR;
   if (WrongValue()) ReplaceByOtherType(value);
   return CONFD_OK;
 }
 
-int WrongType(const Place& place) {
-  return Fail(CONFD_ERR_BADTYPE, SchemaPath(place.schema) + " has another type");
+int WrongType(const store::Place& place) {
+  return Fail(CONFD_ERR_BADTYPE, store::SchemaPath(place.schema) + " has another type");
 }
 
 }  // namespace confd

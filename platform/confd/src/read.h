@@ -8,28 +8,28 @@
 
 namespace confd {
 
-int ReadExists(const Place& place);
-int ReadInstanceCount(const Snapshot& configuration, const Place& place);
+int ReadExists(const store::Place& place);
+int ReadInstanceCount(const store::Snapshot& configuration, const store::Place& place);
 
 /// The leaf's value, owned by the caller.
-int ReadValue(const Place& place, confd_value_t* value);
+int ReadValue(const store::Place& place, confd_value_t* value);
 
 /// The same for the plug-in: of another type when the watcher of calls wants that.
-int GiveValue(const Place& place, confd_value_t* value);
+int GiveValue(const store::Place& place, confd_value_t* value);
 
 /// Reads a leaf that must have ConfD type `type` and gives the value, which stays owned here, to
-/// `store`.
-template <typename Store>
-int ReadTyped(const Place& place, confd_vtype type, Store store);
+/// `take`.
+template <typename Take>
+int ReadTyped(const store::Place& place, confd_vtype type, Take take);
 
-int WrongType(const Place& place);
+int WrongType(const store::Place& place);
 
-template <typename Store>
-int ReadTyped(const Place& place, confd_vtype type, Store store) {
+template <typename Take>
+int ReadTyped(const store::Place& place, confd_vtype type, Take take) {
   confd_value_t value;
   if (ReadValue(place, &value) != CONFD_OK) return CONFD_ERR;
   const bool fits = value.type == type && !WrongValue();
-  if (fits) store(value);
+  if (fits) take(value);
   FreeOwned(&value);
   return fits ? CONFD_OK : WrongType(place);
 }

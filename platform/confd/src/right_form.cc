@@ -9,7 +9,7 @@
 #include <cstring>
 #include <optional>
 
-namespace confd {
+namespace store {
 namespace {
 
 bool IsAddress(const std::string& text, int family) {
@@ -117,4 +117,4 @@ std::string RightHexList(const std::string& text) {
   return digits.empty() ? "" : IsWritten(text, InOctets(digits));
 }
 
-}  // namespace confd
+}  // namespace store

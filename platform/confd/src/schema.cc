@@ -12,7 +12,7 @@
 #include "store/error.h"
 #include "store/schema_node.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 // In the order of loading.
@@ -205,4 +205,4 @@ const lysc_node* Schema::FindChild(const lysc_node* parent, std::string_view pre
   return found;
 }
 
-}  // namespace confd
+}  // namespace store

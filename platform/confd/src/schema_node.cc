@@ -1,6 +1,6 @@
 #include "store/schema_node.h"
 
-namespace confd {
+namespace store {
 
 const lysc_node* DataParent(const lysc_node* node) {
   const lysc_node* parent = node->parent;
@@ -27,4 +27,4 @@ std::string SchemaPath(const lysc_node* node) {
   return path;
 }
 
-}  // namespace confd
+}  // namespace store

@@ -6,12 +6,12 @@
 #include <string>
 #include <utility>
 
-#include "confd/libyang_fault.h"
 #include "out_of_memory.h"
 #include "store/error.h"
+#include "store/libyang_fault.h"
 #include "store/schema_node.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 // libyang's last fault.
@@ -144,4 +144,4 @@ const lyd_node* Snapshot::Counterpart(const lyd_node* node) const {
   return Child(parent, node->schema);
 }
 
-}  // namespace confd
+}  // namespace store

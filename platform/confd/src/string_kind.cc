@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace confd {
+namespace store {
 namespace {
 
 bool BeginsWith(const char* id, std::string_view beginning) {
@@ -44,4 +44,4 @@ int FamilyOf(StringKind kind) {
   return is_ipv4 ? AF_INET : AF_INET6;
 }
 
-}  // namespace confd
+}  // namespace store

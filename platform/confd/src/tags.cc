@@ -5,7 +5,7 @@
 
 #include "store/error.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 struct FixedTag {
@@ -58,4 +58,4 @@ const char* TagTable::Text(uint32_t tag) const {
   return entry == texts_.end() ? nullptr : entry->second.c_str();
 }
 
-}  // namespace confd
+}  // namespace store

@@ -30,51 +30,53 @@ unsigned char* CopyBytes(const void* bytes, size_t size) {
 }
 
 // The type that a device's schema gives to a string type of this kind.
-confd_vtype TypeOf(StringKind kind) {
+confd_vtype TypeOf(store::StringKind kind) {
   switch (kind) {
-    case StringKind::kText:
+    case store::StringKind::kText:
       return C_BUF;
-    case StringKind::kIpv4:
+    case store::StringKind::kIpv4:
       return C_IPV4;
-    case StringKind::kIpv6:
+    case store::StringKind::kIpv6:
       return C_IPV6;
-    case StringKind::kHexList:
+    case store::StringKind::kHexList:
       return C_BINARY;
-    case StringKind::kIpv4Prefix:
+    case store::StringKind::kIpv4Prefix:
       return C_IPV4PREFIX;
-    case StringKind::kIpv6Prefix:
+    case store::StringKind::kIpv6Prefix:
       return C_IPV6PREFIX;
-    case StringKind::kIpv4AndLength:
+    case store::StringKind::kIpv4AndLength:
       return C_IPV4_AND_PLEN;
-    case StringKind::kIpv6AndLength:
+    case store::StringKind::kIpv6AndLength:
       return C_IPV6_AND_PLEN;
-    case StringKind::kOther:
+    case store::StringKind::kOther:
       break;
   }
   return C_NOEXISTS;  // the ConfD type is not carried
 }
 
 confd_value_t StringValue(const lyd_node* leaf, const lysc_type* type) {
-  const std::string_view text = ValueText(leaf);
+  const std::string_view text = store::ValueText(leaf);
   confd_value_t value{};
-  value.type = TypeOf(KindOf(type));
+  value.type = TypeOf(store::KindOf(type));
   switch (value.type) {
     case C_IPV4:
-      ReadAddress(AF_INET, text, &value.val.ip);
+      store::ReadAddress(AF_INET, text, &value.val.ip);
       return value;
     case C_IPV6:
-      ReadAddress(AF_INET6, text, &value.val.ip6);
+      store::ReadAddress(AF_INET6, text, &value.val.ip6);
       return value;
     case C_IPV4PREFIX:
     case C_IPV4_AND_PLEN:
-      value.val.ipv4prefix.len = ReadAddressAndLength(AF_INET, text, &value.val.ipv4prefix.ip);
+      value.val.ipv4prefix.len =
+          store::ReadAddressAndLength(AF_INET, text, &value.val.ipv4prefix.ip);
       return value;
     case C_IPV6PREFIX:
     case C_IPV6_AND_PLEN:
-      value.val.ipv6prefix.len = ReadAddressAndLength(AF_INET6, text, &value.val.ipv6prefix.ip6);
+      value.val.ipv6prefix.len =
+          store::ReadAddressAndLength(AF_INET6, text, &value.val.ipv6prefix.ip6);
       return value;
     case C_BINARY: {
-      const std::string bytes = HexListBytes(text);
+      const std::string bytes = store::HexListBytes(text);
       return BufferValue(C_BINARY, bytes.data(), bytes.size());
     }
     case C_BUF:
@@ -119,14 +121,14 @@ void ReplaceByOtherType(confd_value_t* value) {
   }
 }
 
-confd_value_t TagValue(NodeTag tag) {
+confd_value_t TagValue(store::NodeTag tag) {
   confd_value_t value{};
   CONFD_SET_XMLTAG(&value, tag.tag, tag.ns);
   return value;
 }
 
 confd_value_t LeafValue(const lyd_node* leaf) {
-  const lyd_value& stored = MemberValue(leaf);
+  const lyd_value& stored = store::MemberValue(leaf);
   confd_value_t value{};
   value.type = C_NOEXISTS;
   switch (stored.realtype->basetype) {
@@ -168,19 +170,19 @@ confd_value_t LeafValue(const lyd_node* leaf) {
       break;
     case LY_TYPE_IDENT:
       value.type = C_IDENTITYREF;
-      value.val.idref.ns = TagOf(stored.ident->module->ns);
-      value.val.idref.id = TagOf(stored.ident->name);
+      value.val.idref.ns = store::TagOf(stored.ident->module->ns);
+      value.val.idref.id = store::TagOf(stored.ident->name);
       break;
     case LY_TYPE_BINARY: {
-      const auto* binary = Stored<lyd_value_binary>(stored);
+      const auto* binary = store::Stored<lyd_value_binary>(stored);
       return BufferValue(C_BINARY, binary->data, binary->size);
     }
     case LY_TYPE_EMPTY:
-      if (lysc_is_key(leaf->schema) || stored.realtype != DeclaredType(leaf->schema)) {
+      if (lysc_is_key(leaf->schema) || stored.realtype != store::DeclaredType(leaf->schema)) {
         CONFD_SET_EMPTY(&value);
         break;
       }
-      return TagValue({TagOf(leaf->schema->name), TagOf(leaf->schema->module->ns)});
+      return TagValue({store::TagOf(leaf->schema->name), store::TagOf(leaf->schema->module->ns)});
     case LY_TYPE_STRING:
       return StringValue(leaf, stored.realtype);
     default:

@@ -22,7 +22,7 @@ void FreeOwned(confd_value_t* value);
 void ReplaceByOtherType(confd_value_t* value);
 
 /// A C_XMLTAG value.
-confd_value_t TagValue(NodeTag tag);
+confd_value_t TagValue(store::NodeTag tag);
 
 /// Whether values of the type have memory of their own that the stand-in allocates.
 bool OwnsBuffer(confd_vtype type);

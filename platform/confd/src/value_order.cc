@@ -11,7 +11,7 @@
 #include "store/stored_value.h"
 #include "store/string_kind.h"
 
-namespace confd {
+namespace store {
 namespace {
 
 int Sign(int difference) { return difference < 0 ? -1 : difference > 0 ? 1 : 0; }
@@ -116,4 +116,4 @@ bool OrdersAsText(const lysc_node* leaf) {
   return type->basetype == LY_TYPE_STRING && KindOf(type) == StringKind::kText;
 }
 
-}  // namespace confd
+}  // namespace store

@@ -79,16 +79,16 @@ std::string PrintValue(const confd_value_t& value) {
     case C_ENUM_VALUE:
       return "enum<" + std::to_string(value.val.enumvalue) + ">";
     case C_IPV4:
-      return AddressText(AF_INET, &value.val.ip);
+      return store::AddressText(AF_INET, &value.val.ip);
     case C_IPV6:
-      return AddressText(AF_INET6, &value.val.ip6);
+      return store::AddressText(AF_INET6, &value.val.ip6);
     case C_IPV4PREFIX:
     case C_IPV4_AND_PLEN:
-      return AddressText(AF_INET, &value.val.ipv4prefix.ip) + "/" +
+      return store::AddressText(AF_INET, &value.val.ipv4prefix.ip) + "/" +
              std::to_string(value.val.ipv4prefix.len);
     case C_IPV6PREFIX:
     case C_IPV6_AND_PLEN:
-      return AddressText(AF_INET6, &value.val.ipv6prefix.ip6) + "/" +
+      return store::AddressText(AF_INET6, &value.val.ipv6prefix.ip6) + "/" +
              std::to_string(value.val.ipv6prefix.len);
     case C_BINARY:
       return HexText(value.val.buf, "");
@@ -101,7 +101,7 @@ std::string PrintValue(const confd_value_t& value) {
     case C_BITBIG:
       return "bits<" + HexText(value.val.buf, "") + ">";
     case C_DQUAD:
-      return AddressText(AF_INET, &value.val.dquad);
+      return store::AddressText(AF_INET, &value.val.dquad);
     case C_DECIMAL64:
       return Decimal64Text(value.val.d64);
     case C_IDENTITYREF:

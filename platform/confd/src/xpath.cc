@@ -6,7 +6,7 @@
 #include <cctype>
 #include <memory>
 
-namespace confd {
+namespace store {
 namespace {
 
 bool IsNameCharacter(char c) {
@@ -78,4 +78,4 @@ std::optional<std::string> EvaluateXPath(const Snapshot& configuration, const ly
   return nodes->count == 0 ? "" : StringValue(nodes->dnodes[0]);
 }
 
-}  // namespace confd
+}  // namespace store

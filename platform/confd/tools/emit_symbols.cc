@@ -47,7 +47,7 @@ void Collect(const lysc_node* parent, const lysc_module* module,
   while ((node = lys_getnext(node, parent, module, 0)) != nullptr) {
     ModuleSymbols& symbols = modules[node->module->name];
     symbols.module = node->module;
-    symbols.numbers[Symbol(node->name)] = confd::TagOf(node->name);
+    symbols.numbers[Symbol(node->name)] = store::TagOf(node->name);
     if ((node->nodetype & (LYS_LEAF | LYS_LEAFLIST)) != 0) {
       CollectEnum(reinterpret_cast<const lysc_node_leaf*>(node)->type, symbols);
     } else {
@@ -62,7 +62,7 @@ void Write(const ModuleSymbols& symbols, const std::filesystem::path& directory)
   std::ofstream out(directory / (std::string(symbols.module->name) + ".h"));
   out << "// Generated from the YANG module " << symbols.module->name << ".\n"
       << "#ifndef " << guard << "\n#define " << guard << "\n\n"
-      << "#define " << prefix << "__ns " << confd::TagOf(symbols.module->ns) << "\n"
+      << "#define " << prefix << "__ns " << store::TagOf(symbols.module->ns) << "\n"
       << "#define " << prefix << "__ns_id \"" << symbols.module->ns << "\"\n"
       << "#define " << prefix << "__ns_uri \"" << symbols.module->ns << "\"\n\n";
   for (const auto& [name, number] : symbols.numbers) {
@@ -70,7 +70,7 @@ void Write(const ModuleSymbols& symbols, const std::filesystem::path& directory)
   }
   out << "\n#endif\n";
   out.close();
-  if (!out) throw confd::Error("cannot write into " + directory.string());
+  if (!out) throw store::Error("cannot write into " + directory.string());
 }
 
 }  // namespace
@@ -80,7 +80,7 @@ int main(int argc, char** argv) try {
     std::cerr << "usage: emit_symbols YANG_DIR OUTPUT_DIR\n";
     return 2;
   }
-  const auto schema = confd::Schema::Load(argv[1]);
+  const auto schema = store::Schema::Load(argv[1]);
   std::filesystem::create_directories(argv[2]);
   std::map<std::string, ModuleSymbols> modules;
   const lys_module* module = nullptr;

@@ -15,12 +15,12 @@ namespace confd {
 class Keypath {
  public:
   /// Path of a data node.
-  Keypath(const Schema& schema, const lyd_node* node);
+  Keypath(const store::Schema& schema, const lyd_node* node);
   /// Path of the list `list` without keys, below `parent` (null for a top-level list).
-  Keypath(const Schema& schema, const lyd_node* parent, const lysc_node* list);
+  Keypath(const store::Schema& schema, const lyd_node* parent, const lysc_node* list);
   /// Path of what `path` names in a configuration, in the text form of MAAPI paths.
   /// @throws Error  it names nothing, or nothing that is there.
-  Keypath(const Snapshot& configuration, const std::string& path);
+  Keypath(const store::Snapshot& configuration, const std::string& path);
   /// An empty one, to be set.
   Keypath();
   ~Keypath();
@@ -28,7 +28,7 @@ class Keypath {
   Keypath& operator=(const Keypath&) = delete;
 
   /// Makes it the path of another data node, which costs less than a new one.
-  void Set(const Schema& schema, const lyd_node* node);
+  void Set(const store::Schema& schema, const lyd_node* node);
 
   confd_hkeypath_t* get() { return path_.get(); }
 

@@ -16,7 +16,7 @@ namespace confd {
 /// transactions and closes its sockets.
 class Datastore {
  public:
-  explicit Datastore(std::shared_ptr<const Snapshot> running);
+  explicit Datastore(std::shared_ptr<const store::Snapshot> running);
   ~Datastore();
   Datastore(const Datastore&) = delete;
   Datastore& operator=(const Datastore&) = delete;
@@ -25,7 +25,7 @@ class Datastore {
   int OpenSocket();
 
   /// @returns the transaction handle for MAAPI calls.
-  int StartTransaction(std::shared_ptr<const Snapshot> candidate);
+  int StartTransaction(std::shared_ptr<const store::Snapshot> candidate);
 
   /// Gives `sock` access to the transaction, as maapi_attach does.
   void Attach(int sock, int thandle);

@@ -2,13 +2,14 @@
 #ifndef CONFD_VALIDATION_CALL_H_
 #define CONFD_VALIDATION_CALL_H_
 
-#include "confd/store.h"
+#include "confd/keypath.h"
+#include "store/schema.h"
 
 namespace confd {
 
 /// One call of a validation point. The nodes belong to a snapshot, which must live as long.
 struct ValidationCall {
-  const ValidationPoint* point;
+  const store::ValidationPoint* point;
 
   /// Node of the candidate that the call is about; null for a list as a whole (call-once).
   const lyd_node* instance;
@@ -19,7 +20,7 @@ struct ValidationCall {
 };
 
 /// Keypath of the call.
-inline Keypath KeypathOf(const Schema& schema, const ValidationCall& call) {
+inline Keypath KeypathOf(const store::Schema& schema, const ValidationCall& call) {
   if (call.instance != nullptr) return Keypath(schema, call.instance);
   return Keypath(schema, call.list_parent, call.point->node);
 }

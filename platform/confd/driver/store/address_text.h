@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace confd {
+namespace store {
 
 std::string AddressText(int family, const void* address);
 
@@ -18,6 +18,6 @@ void ReadAddress(int family, std::string_view text, void* address);
 /// Reads "ADDRESS/LENGTH". @returns the length in bits
 uint8_t ReadAddressAndLength(int family, std::string_view text, void* address);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_ADDRESS_TEXT_H_

@@ -8,12 +8,12 @@
 #include <string>
 #include <string_view>
 
-namespace confd {
+namespace store {
 
 /// Canonical text of a key that was written as `text`, or nothing when the type of `leaf` does not
 /// allow it.
 std::optional<std::string> CanonicalText(const lysc_node* leaf, std::string_view text);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_CANONICAL_TEXT_H_

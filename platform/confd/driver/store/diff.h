@@ -7,7 +7,7 @@
 #include "store/place.h"
 #include "store/snapshot.h"
 
-namespace confd {
+namespace store {
 
 enum class ChangeKind {
   kCreated,
@@ -53,6 +53,6 @@ void VisitChangesBelow(const Snapshot& running, const Place& running_place,
                        bool presence_containers,
                        const std::function<VisitResult(const Change&)>& visit);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_DIFF_H_

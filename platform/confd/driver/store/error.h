@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace confd {
+namespace store {
 
 /// The data model or a configuration cannot be used. what() is one line; line() is where libyang
 /// saw it, 0 if unknown.
@@ -20,6 +20,6 @@ class Error : public std::runtime_error {
   uint64_t line_;
 };
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_ERROR_H_

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace confd {
+namespace store {
 
 /// Canonical text of a hex list, which has lower-case digits; nothing when `text` is none.
 std::optional<std::string> CanonicalHexList(std::string_view text);
@@ -14,6 +14,6 @@ std::optional<std::string> CanonicalHexList(std::string_view text);
 /// The octets of a canonical text.
 std::string HexListBytes(std::string_view text);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_HEX_LIST_H_

@@ -11,7 +11,7 @@
 struct lyd_node;
 struct lysc_node;
 
-namespace confd {
+namespace store {
 
 /// Entries of one list below one parent. libyang neither sorts lists nor hashes top-level ones;
 /// this does both.
@@ -46,6 +46,6 @@ std::string JoinedKey(const lyd_node* entry);
 /// Order of two entries of one list by their keys.
 int CompareEntries(const lyd_node* a, const lyd_node* b);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_LIST_INDEX_H_

@@ -5,7 +5,7 @@
 struct lyd_node;
 struct lysc_node;
 
-namespace confd {
+namespace store {
 
 /// A path that fits the data model, looked up in a configuration.
 struct Place {
@@ -16,6 +16,6 @@ struct Place {
   bool exists = false;                // the node, or all that is above a list without keys
 };
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_PLACE_H_

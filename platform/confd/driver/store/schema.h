@@ -18,7 +18,7 @@ struct ly_ctx;
 struct lysc_module;
 struct lysc_node;
 
-namespace confd {
+namespace store {
 
 /// One path of a tailf:dependency statement, resolved.
 struct Dependency {
@@ -109,6 +109,6 @@ class Schema final {
   std::vector<ValidationPoint> points_;
 };
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_SCHEMA_H_

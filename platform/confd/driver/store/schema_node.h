@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace confd {
+namespace store {
 
 /// Whether instances of the node are told apart by a key: lists and leaf-lists.
 inline bool IsListLike(const lysc_node* node) {
@@ -23,6 +23,6 @@ std::vector<const lysc_node*> KeyLeaves(const lysc_node* list);
 /// Path of a schema node without keys, such as "/config/interface/l3".
 std::string SchemaPath(const lysc_node* node);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_SCHEMA_NODE_H_

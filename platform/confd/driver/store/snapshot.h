@@ -17,7 +17,7 @@
 struct lyd_node;
 struct lysc_node;
 
-namespace confd {
+namespace store {
 
 /// One configuration: an immutable data tree that satisfies the data model, with an index over its
 /// lists.
@@ -88,6 +88,6 @@ class Snapshot final {
   mutable std::map<std::pair<const lysc_node*, const lysc_node*>, Way> ways_;
 };
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_SNAPSHOT_H_

@@ -4,7 +4,7 @@
 
 #include <libyang/libyang.h>
 
-namespace confd {
+namespace store {
 
 /// The structure in which libyang keeps a value that does not fit into an lyd_value.
 template <typename T>
@@ -31,6 +31,6 @@ inline const lysc_type* DeclaredType(const lysc_node* leaf) {
 /// Canonical text of a leaf or leaf-list entry.
 inline const char* ValueText(const lyd_node* leaf) { return lyd_get_value(leaf); }
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_STORED_VALUE_H_

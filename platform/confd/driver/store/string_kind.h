@@ -4,7 +4,7 @@
 
 #include <libyang/libyang.h>
 
-namespace confd {
+namespace store {
 
 /// Values of different kinds that one leaf can have, being a union, are in the order of these.
 enum class StringKind {
@@ -31,10 +31,10 @@ bool HasTypeId(const lysc_type* type, const char* id);
 /// Identifiers of the type plug-ins, as in lyplg_type::id: those of libyang's string and of the
 /// types of tailf-common.
 inline constexpr const char* kTextType = "libyang 2 - string";
-inline constexpr const char* kIpv4AndPlenType = "confd - ipv4-address-and-prefix-length";
-inline constexpr const char* kIpv6AndPlenType = "confd - ipv6-address-and-prefix-length";
-inline constexpr const char* kHexListType = "confd - hex-list";
+inline constexpr const char* kIpv4AndPlenType = "store - ipv4-address-and-prefix-length";
+inline constexpr const char* kIpv6AndPlenType = "store - ipv6-address-and-prefix-length";
+inline constexpr const char* kHexListType = "store - hex-list";
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_STRING_KIND_H_

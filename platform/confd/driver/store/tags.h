@@ -7,7 +7,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace confd {
+namespace store {
 
 /// Number of a node name, enum label or namespace URI: positive, 31 bits, never 0. Seven node names
 /// have the numbers that the device's schema gives them; every other text has a hash of our own, as
@@ -33,6 +33,6 @@ class TagTable {
   std::unordered_map<uint32_t, std::string> texts_;
 };
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_TAGS_H_

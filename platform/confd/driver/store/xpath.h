@@ -7,7 +7,7 @@
 
 #include "store/snapshot.h"
 
-namespace confd {
+namespace store {
 
 /// Evaluates a location path with `context`, or the root when it is null, as context node. Names
 /// may carry a module's prefix or name.
@@ -16,6 +16,6 @@ namespace confd {
 std::optional<std::string> EvaluateXPath(const Snapshot& configuration, const lyd_node* context,
                                          const char* expression);
 
-}  // namespace confd
+}  // namespace store
 
 #endif  // STORE_XPATH_H_

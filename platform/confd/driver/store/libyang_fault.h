@@ -1,13 +1,13 @@
 // What libyang found wrong with a text, taken apart: the one place that knows how it words a place.
-#ifndef CONFD_LIBYANG_FAULT_H_
-#define CONFD_LIBYANG_FAULT_H_
+#ifndef STORE_LIBYANG_FAULT_H_
+#define STORE_LIBYANG_FAULT_H_
 
 #include <cstdint>
 #include <string_view>
 
 struct ly_ctx;
 
-namespace confd {
+namespace store {
 
 /// One fault, as views of libyang's own texts: they live until it is called again with the context.
 struct LibyangFault {
@@ -21,6 +21,6 @@ struct LibyangFault {
 /// @throws std::bad_alloc  it was a lack of memory
 LibyangFault LastFault(const ly_ctx* context);
 
-}  // namespace confd
+}  // namespace store
 
-#endif  // CONFD_LIBYANG_FAULT_H_
+#endif  // STORE_LIBYANG_FAULT_H_

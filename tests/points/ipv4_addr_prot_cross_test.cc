@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "confd/watch_calls.h"
 #include "support/json_text.h"
 #include "support/key_texts.h"
 #include "support/ospf_json.h"

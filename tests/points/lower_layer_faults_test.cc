@@ -14,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "confd/watch_calls.h"
 #include "confd_cdb.h"
 #include "confd_maapi.h"
 #include "support/assertion.h"

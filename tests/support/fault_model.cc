@@ -1,4 +1,5 @@
 #include "support/fault_model.h"
+#include "confd/watch_calls.h"
 
 #include <algorithm>
 #include <stdexcept>

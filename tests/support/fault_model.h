@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd/watch_calls.h"
 #include "support/world.h"
 
 namespace tests {

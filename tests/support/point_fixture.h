@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd/watch_calls.h"
 #include "confd_dp.h"
 #include "framework/host.h"
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd/watch_calls.h"
 #include "confd_maapi.h"
 
 namespace tests {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "confd/store.h"
+#include "confd/watch_calls.h"
 #include "config.h"
 #include "framework/host.h"
 #include "support/point_fixture.h"

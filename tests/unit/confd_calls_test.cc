@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string>
 
+#include "confd/watch_calls.h"
 #include "confd_cdb.h"
 #include "confd_maapi.h"
 #include "support/store_fixture.h"

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "confd/watch_calls.h"
 #include "confd_cdb.h"
 #include "confd_maapi.h"
 #include "support/store_fixture.h"

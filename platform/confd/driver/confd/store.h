@@ -5,7 +5,6 @@
 #include "confd/call_count.h"
 #include "confd/keypath.h"
 #include "confd/transaction.h"
-#include "confd/watch_calls.h"
 #include "store/diff.h"
 #include "store/error.h"
 #include "store/schema.h"

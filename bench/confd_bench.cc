@@ -9,13 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/transaction.h"
 #include "confd_maapi.h"
+#include "store/diff.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 
 namespace {
 
-std::shared_ptr<const confd::Schema> DeviceSchema() {
-  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+std::shared_ptr<const store::Schema> DeviceSchema() {
+  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 
@@ -65,15 +68,15 @@ std::string ConfigurationText(int64_t size, int interval, Tables tables) {
          "}";
 }
 
-std::shared_ptr<const confd::Snapshot> Configuration(int64_t size, int interval, Tables tables) {
-  return confd::Snapshot::FromText(DeviceSchema(), ConfigurationText(size, interval, tables));
+std::shared_ptr<const store::Snapshot> Configuration(int64_t size, int interval, Tables tables) {
+  return store::Snapshot::FromText(DeviceSchema(), ConfigurationText(size, interval, tables));
 }
 
 // A transaction over a configuration of `size` interfaces and routes, read in a random order.
 class Transaction {
  public:
   explicit Transaction(int64_t size)
-      : store_(confd::Snapshot::Empty(DeviceSchema())),
+      : store_(store::Snapshot::Empty(DeviceSchema())),
         thandle_(store_.StartTransaction(Configuration(size, 600, Tables::kAll))),
         sock_(store_.OpenSocket()) {
     store_.Attach(sock_, thandle_);
@@ -169,11 +172,11 @@ BENCHMARK_CAPTURE(BM_CursorWalk, Interfaces, "/config/interface/l3")->Unit(bench
 BENCHMARK_CAPTURE(BM_CursorWalk, Routes, "/KX-RTM-MIB/rtmStaticRtTable/rtmStaticRtEntry")
     ->Unit(benchmark::kMillisecond);
 
-int CountChanges(const confd::Snapshot& running, const confd::Snapshot& candidate) {
+int CountChanges(const store::Snapshot& running, const store::Snapshot& candidate) {
   int changes = 0;
-  confd::VisitChanges(running, candidate, [&changes](const confd::Change&) {
+  store::VisitChanges(running, candidate, [&changes](const store::Change&) {
     ++changes;
-    return confd::VisitResult::kRecurse;
+    return store::VisitResult::kRecurse;
   });
   return changes;
 }
@@ -184,8 +187,8 @@ void BM_DiffFresh(benchmark::State& state, Tables tables) {
   const std::string candidate_text = ConfigurationText(state.range(0), 601, tables);
   for (auto _ : state) {
     state.PauseTiming();
-    auto running = confd::Snapshot::FromText(DeviceSchema(), running_text);
-    auto candidate = confd::Snapshot::FromText(DeviceSchema(), candidate_text);
+    auto running = store::Snapshot::FromText(DeviceSchema(), running_text);
+    auto candidate = store::Snapshot::FromText(DeviceSchema(), candidate_text);
     state.ResumeTiming();
     if (CountChanges(*running, *candidate) != 2) state.SkipWithError("other changes");
     state.PauseTiming();
@@ -208,7 +211,7 @@ void BM_DiffWarm(benchmark::State& state, Tables tables) {
 
 // Every interface and route is new.
 void BM_DiffFromEmpty(benchmark::State& state, Tables tables) {
-  const auto running = confd::Snapshot::Empty(DeviceSchema());
+  const auto running = store::Snapshot::Empty(DeviceSchema());
   const auto candidate = Configuration(state.range(0), 600, tables);
   int changes = 0;
   for (auto _ : state) changes = CountChanges(*running, *candidate);

@@ -12,10 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/transaction.h"
 #include "config.h"
 #include "growth.h"
 #include "static_route_config.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 #include "validate_config.h"
 
 namespace {
@@ -62,8 +64,8 @@ std::string HexList(uint32_t address) {
 uint32_t Network(int i) { return 0x64400000u + 4u * static_cast<uint32_t>(i); }
 uint32_t NextHop(int i) { return i % 2 == 0 ? 0 : 0x0a000002u + 4u * static_cast<uint32_t>(i); }
 
-std::shared_ptr<const confd::Snapshot> MakeSnapshot(
-    const std::shared_ptr<const confd::Schema>& schema, int size) {
+std::shared_ptr<const store::Snapshot> MakeSnapshot(
+    const std::shared_ptr<const store::Schema>& schema, int size) {
   std::string entries;
   for (int i = 0; i < size; ++i) {
     const std::string network = HexList(Network(i));
@@ -73,7 +75,7 @@ std::shared_ptr<const confd::Snapshot> MakeSnapshot(
                R"(","rtmStaticRtNetworkPrefixLen":30,"rtmStaticRtNextHopAddrType":"ipv4",)" +
                R"("rtmStaticRtNextHopAddr":")" + next_hop + R"("})";
   }
-  return confd::Snapshot::FromText(
+  return store::Snapshot::FromText(
       schema,
       R"({"KX-RTM-MIB:KX-RTM-MIB":{"rtmStaticRtTable":{"rtmStaticRtEntry":[)" + entries + "]}}}");
 }
@@ -115,9 +117,9 @@ bool LookUpBlackHoles(const StaticRouteConfig& table, std::shared_ptr<StaticRout
   return false;
 }
 
-double LoadSeconds(const std::shared_ptr<const confd::Schema>& schema, int size, int repetitions) {
+double LoadSeconds(const std::shared_ptr<const store::Schema>& schema, int size, int repetitions) {
   const auto snapshot = MakeSnapshot(schema, size);
-  confd::Datastore store(confd::Snapshot::Empty(schema));
+  confd::Datastore store(store::Snapshot::Empty(schema));
   confd_trans_ctx context{};
   context.thandle = store.StartTransaction(snapshot);
   const int sock = store.OpenSocket();
@@ -170,7 +172,7 @@ CheckTimes CheckSeconds(int size, int repetitions) {
 // Exit status 1 when the growth is more than linear or a table is wrong.
 int main() {
   bench::KeepFreedMemory();
-  const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+  const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   const double load_small = LoadSeconds(schema, kSmall, 51);
   const double load_large = LoadSeconds(schema, kLarge, 5);
   const CheckTimes small = CheckSeconds(kSmall, 501);

@@ -5,15 +5,17 @@
 
 #include "configuration_file.h"
 #include "require.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 #include "triggers.h"
 
 namespace {
 
 using fuzz::Require;
-using SnapshotPtr = std::shared_ptr<const confd::Snapshot>;
+using SnapshotPtr = std::shared_ptr<const store::Snapshot>;
 
-const std::shared_ptr<const confd::Schema>& DataModel() {
-  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+const std::shared_ptr<const store::Schema>& DataModel() {
+  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 
@@ -31,7 +33,7 @@ SnapshotPtr Parse(const std::string& text) {
   }
 }
 
-void CheckCalls(const confd::Snapshot& running, const confd::Snapshot& candidate) {
+void CheckCalls(const store::Snapshot& running, const store::Snapshot& candidate) {
   int priority = 0;
   for (const ipvald::TriggeredCall& call : ipvald::FindTriggeredCalls(running, candidate)) {
     Require(call.instance == nullptr || call.list_parent == nullptr, "an entry or a whole list");
@@ -60,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (configuration == nullptr) return 0;
   CheckThatNothingCanBeMissing({reinterpret_cast<const char*>(data), size});
 
-  static const SnapshotPtr empty = confd::Snapshot::Empty(DataModel());
+  static const SnapshotPtr empty = store::Snapshot::Empty(DataModel());
   CheckCalls(*empty, *configuration);
   CheckCalls(*configuration, *empty);
   Require(ipvald::FindTriggeredCalls(*configuration, *configuration).empty(), "no change, no call");

@@ -5,8 +5,10 @@
 #include <stdexcept>
 #include <utility>
 
+#include "confd/call_count.h"
 #include "ip_app_validation/ip_app_validation.h"
 #include "require.h"
+#include "store/diff.h"
 
 // In a program with the leak sanitizer: what is allocated between the two is no leak.
 // NOLINTBEGIN(bugprone-reserved-identifier): names of the sanitizer's interface
@@ -57,13 +59,13 @@ class LeaksAllowed {
 
 }  // namespace
 
-const std::shared_ptr<const confd::Schema>& DataModel() {
-  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+const std::shared_ptr<const store::Schema>& DataModel() {
+  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 
-TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const confd::Snapshot> running,
-                                         std::shared_ptr<const confd::Snapshot> candidate,
+TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const store::Snapshot> running,
+                                         std::shared_ptr<const store::Snapshot> candidate,
                                          bool may_throw)
     : values_before_(confd::OutstandingValues()),
       candidate_(std::move(candidate)),
@@ -72,21 +74,21 @@ TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const confd::Snapshot> 
       thandle_(datastore_.StartTransaction(candidate_)),
       may_throw_(may_throw) {
   datastore_.Attach(daemon_.maapi_socket, thandle_);
-  static const auto empty = confd::Snapshot::Empty(DataModel());
-  confd::VisitChanges(*empty, *candidate_, [this](const confd::Change& change) {
+  static const auto empty = store::Snapshot::Empty(DataModel());
+  store::VisitChanges(*empty, *candidate_, [this](const store::Change& change) {
     if (change.candidate != nullptr) nodes_.push_back(change.candidate);
-    return confd::VisitResult::kRecurse;
+    return store::VisitResult::kRecurse;
   });
 }
 
 // One of the keypaths with which the data model has the point called.
 std::unique_ptr<confd::Keypath> TransactionOnDevice::FittingKeypath(const CallPlan& plan) const {
-  std::vector<const confd::ValidationPoint*> statements;
-  for (const confd::ValidationPoint& point : DataModel()->validation_points()) {
+  std::vector<const store::ValidationPoint*> statements;
+  for (const store::ValidationPoint& point : DataModel()->validation_points()) {
     if (plan.opaque.starts_with(point.opaque)) statements.push_back(&point);
   }
   if (statements.empty()) return AnyKeypath(plan);
-  const confd::ValidationPoint& point = *statements[plan.keypath % statements.size()];
+  const store::ValidationPoint& point = *statements[plan.keypath % statements.size()];
   const lysc_node* list = point.call_once ? point.node : nullptr;
   const lysc_node* called = list != nullptr ? lysc_data_parent(list) : point.node;
   const auto instances = candidate_->Instances(called, nullptr);

@@ -9,9 +9,12 @@
 #include <string_view>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/keypath.h"
+#include "confd/transaction.h"
 #include "device_decoder.h"
 #include "framework/host.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 
 namespace fuzz {
 
@@ -27,14 +30,14 @@ struct PlannedCall {
 };
 
 /// The project's data model.
-const std::shared_ptr<const confd::Schema>& DataModel();
+const std::shared_ptr<const store::Schema>& DataModel();
 
 /// A transaction.
 class TransactionOnDevice {
  public:
   /// @param may_throw  a route of the candidate has an output interface whose name is too short
-  TransactionOnDevice(std::shared_ptr<const confd::Snapshot> running,
-                      std::shared_ptr<const confd::Snapshot> candidate, bool may_throw);
+  TransactionOnDevice(std::shared_ptr<const store::Snapshot> running,
+                      std::shared_ptr<const store::Snapshot> candidate, bool may_throw);
 
   /// The call with a keypath of the candidate; nothing when no node fits.
   std::optional<PlannedCall> Plan(const CallPlan& plan);
@@ -54,7 +57,7 @@ class TransactionOnDevice {
   std::unique_ptr<confd::Keypath> AnyKeypath(const CallPlan& plan) const;
 
   int64_t values_before_;
-  std::shared_ptr<const confd::Snapshot> candidate_;
+  std::shared_ptr<const store::Snapshot> candidate_;
   std::vector<const lyd_node*> nodes_;  // of the candidate, but for those that are always there
   std::vector<std::unique_ptr<confd::Keypath>> keypaths_;
   confd::Datastore datastore_;

@@ -6,9 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "confd/store.h"
+#include "confd/call_count.h"
+#include "confd/keypath.h"
+#include "confd/transaction.h"
 #include "confd_maapi.h"
 #include "require.h"
+#include "store/error.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 
 namespace {
 
@@ -49,9 +54,9 @@ constexpr const char* kConfiguration = R"({
 
 // A transaction on that configuration, open for the life of the process.
 struct Store {
-  std::shared_ptr<const confd::Schema> schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  std::shared_ptr<const confd::Snapshot> configuration =
-      confd::Snapshot::FromText(schema, kConfiguration);
+  std::shared_ptr<const store::Schema> schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
+  std::shared_ptr<const store::Snapshot> configuration =
+      store::Snapshot::FromText(schema, kConfiguration);
   confd::Datastore datastore{configuration};
   int thandle = datastore.StartTransaction(configuration);
   int sock = datastore.OpenSocket();
@@ -89,7 +94,7 @@ struct Store {
 std::unique_ptr<confd::Keypath> Resolve(const Store& store, const std::string& path) {
   try {
     return std::make_unique<confd::Keypath>(*store.configuration, path);
-  } catch (const confd::Error&) {
+  } catch (const store::Error&) {
     return nullptr;
   }
 }

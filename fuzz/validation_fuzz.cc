@@ -27,6 +27,7 @@
 #include <string>
 #include <vector>
 
+#include "confd/call_count.h"
 #include "device_decoder.h"
 #include "judge.h"
 #include "require.h"
@@ -38,7 +39,7 @@ using fuzz::PlannedCall;
 using fuzz::Require;
 using fuzz::TransactionOnDevice;
 using Calls = std::vector<PlannedCall>;
-using SnapshotPtr = std::shared_ptr<const confd::Snapshot>;
+using SnapshotPtr = std::shared_ptr<const store::Snapshot>;
 
 constexpr size_t kFewCalls = 2;  // of a large device
 
@@ -139,7 +140,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (prints) {
     fprintf(stderr, "running %s\ncandidate %s\n", device.running.c_str(), device.candidate.c_str());
   }
-  CheckCalls(device, confd::Snapshot::FromText(fuzz::DataModel(), device.running),
-             confd::Snapshot::FromText(fuzz::DataModel(), device.candidate), prints);
+  CheckCalls(device, store::Snapshot::FromText(fuzz::DataModel(), device.running),
+             store::Snapshot::FromText(fuzz::DataModel(), device.candidate), prints);
   return 0;
 }

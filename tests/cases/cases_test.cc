@@ -20,7 +20,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "confd/store.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 #include "support/run_program.h"
 #include "transaction.h"
 
@@ -30,8 +31,8 @@ namespace fs = std::filesystem;
 
 const fs::path kCases = IPAV_SOURCE_DIR "/tests/cases";
 
-std::shared_ptr<const confd::Schema> DataModel() {
-  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+std::shared_ptr<const store::Schema> DataModel() {
+  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 
@@ -130,8 +131,8 @@ TEST_P(CaseFile, ThroughTheProgram) {
 TEST_P(CaseFile, ThroughTheModule) {
   const Case& c = GetParam();
   const auto running =
-      confd::Snapshot::FromText(DataModel(), c.running ? TextOf(*c.running) : "{}");
-  const auto candidate = confd::Snapshot::FromText(DataModel(), TextOf(c.candidate));
+      store::Snapshot::FromText(DataModel(), c.running ? TextOf(*c.running) : "{}");
+  const auto candidate = store::Snapshot::FromText(DataModel(), TextOf(c.candidate));
 
   const ipvald::TransactionReport report =
       ipvald::RunTransaction(running, candidate, {.plugin = IPAV_PLUGIN});
@@ -151,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, CaseFile, testing::ValuesIn(FindCases()), TestNa
 
 TEST(CaseFolders, HoldNothingElse) {
   std::set<std::string> points;
-  for (const confd::ValidationPoint& point : DataModel()->validation_points()) {
+  for (const store::ValidationPoint& point : DataModel()->validation_points()) {
     points.insert(point.opaque);
   }
   std::set<fs::path> known;

@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
 #include "message_table.h"
 #include "source_messages.h"
+#include "store/schema.h"
 #include "support/run_program.h"
 
 namespace {
@@ -153,8 +153,8 @@ TEST(UnshownText, IsInTheTestThatIsNamed) {
 
 TEST(CheckTable, HasEveryPointAndEveryPointAMessage) {
   std::set<std::string> points;
-  const auto schema = confd::Schema::Load(kSourceDir / "yang");
-  for (const confd::ValidationPoint& point : schema->validation_points()) {
+  const auto schema = store::Schema::Load(kSourceDir / "yang");
+  for (const store::ValidationPoint& point : schema->validation_points()) {
     points.insert(point.opaque);
   }
   std::set<std::string> with_messages;

@@ -17,8 +17,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "confd/store.h"
 #include "plugin_session.h"
+#include "store/schema.h"
+#include "store/schema_node.h"
+#include "store/snapshot.h"
 #include "triggers.h"
 
 namespace {
@@ -28,8 +30,8 @@ using nlohmann::json;
 
 const char kNamePoint[] = "intf_l3_name_validation";
 
-std::shared_ptr<const confd::Schema> DataModel() {
-  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+std::shared_ptr<const store::Schema> DataModel() {
+  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 
@@ -101,8 +103,8 @@ json WithEntry(json configuration, const StringKeyedList& list, const std::strin
 std::string Verdict(const json& running, const json& candidate, bool with_name_point) {
   ipvald::PluginTask task;
   task.plugin = IPAV_PLUGIN;
-  task.running = confd::Snapshot::FromText(DataModel(), running.dump());
-  task.candidate = confd::Snapshot::FromText(DataModel(), candidate.dump());
+  task.running = store::Snapshot::FromText(DataModel(), running.dump());
+  task.candidate = store::Snapshot::FromText(DataModel(), candidate.dump());
   const auto calls = ipvald::FindTriggeredCalls(*task.running, *task.candidate);
   task.calls.assign(calls.begin(), calls.end());
   if (!with_name_point) {
@@ -168,7 +170,7 @@ void CollectLists(const lysc_node* node, std::set<std::string>& paths) {
   for (; node != nullptr; node = node->next) {
     const bool is_configuration = (node->flags & LYS_CONFIG_W) != 0;
     if (is_configuration && lysc_is_key(node) && CanBePercent(node)) {
-      paths.insert(confd::SchemaPath(node->parent));
+      paths.insert(store::SchemaPath(node->parent));
     }
     CollectLists(lysc_node_child(node), paths);
   }

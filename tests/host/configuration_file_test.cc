@@ -15,11 +15,12 @@
 
 #include "configuration_text.h"
 #include "one_line.h"
+#include "store/diff.h"
 
 namespace ipvald {
 namespace {
 
-using SnapshotPtr = std::shared_ptr<const confd::Snapshot>;
+using SnapshotPtr = std::shared_ptr<const store::Snapshot>;
 
 const std::string kBare =
     "<config xmlns=\"urn:velmor:yang:config\"><interface>"
@@ -29,11 +30,11 @@ const std::string kBare =
 const std::string kBareJson =
     R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7","vrf":"red"}]}}})";
 
-size_t CountChanges(const confd::Snapshot& from, const confd::Snapshot& to) {
+size_t CountChanges(const store::Snapshot& from, const store::Snapshot& to) {
   size_t count = 0;
-  confd::VisitChanges(from, to, [&count](const confd::Change&) {
+  store::VisitChanges(from, to, [&count](const store::Change&) {
     ++count;
-    return confd::VisitResult::kRecurse;
+    return store::VisitResult::kRecurse;
   });
   return count;
 }
@@ -102,7 +103,7 @@ class SameConfiguration : public testing::TestWithParam<TextCase> {};
 
 TEST_P(SameConfiguration, AsBare) {
   const SnapshotPtr bare = ParseText(kBare);
-  ASSERT_GT(CountChanges(*confd::Snapshot::Empty(DataModel()), *bare), 0u);
+  ASSERT_GT(CountChanges(*store::Snapshot::Empty(DataModel()), *bare), 0u);
   EXPECT_EQ(CountChanges(*bare, *ParseText(GetParam().text)), 0u);
 }
 
@@ -120,7 +121,7 @@ const TextCase kEmptyConfigurations[] = {
 class EmptyConfiguration : public testing::TestWithParam<TextCase> {};
 
 TEST_P(EmptyConfiguration, IsAccepted) {
-  EXPECT_EQ(CountChanges(*confd::Snapshot::Empty(DataModel()), *ParseText(GetParam().text)), 0u);
+  EXPECT_EQ(CountChanges(*store::Snapshot::Empty(DataModel()), *ParseText(GetParam().text)), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, EmptyConfiguration, testing::ValuesIn(kEmptyConfigurations),

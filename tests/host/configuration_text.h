@@ -8,8 +8,9 @@
 
 #include "configuration_file.h"
 #include "data_model.h"
+#include "store/snapshot.h"
 
-inline std::shared_ptr<const confd::Snapshot> ParseText(const std::string& text) {
+inline std::shared_ptr<const store::Snapshot> ParseText(const std::string& text) {
   return ipvald::ParseConfiguration(DataModel(), "input", text).snapshot;
 }
 

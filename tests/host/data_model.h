@@ -4,11 +4,11 @@
 
 #include <memory>
 
-#include "confd/store.h"
+#include "store/schema.h"
 
-inline std::shared_ptr<const confd::Schema> DataModel() {
-  static const std::shared_ptr<const confd::Schema> schema =
-      confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+inline std::shared_ptr<const store::Schema> DataModel() {
+  static const std::shared_ptr<const store::Schema> schema =
+      store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 

@@ -6,11 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/keypath.h"
+#include "confd/transaction.h"
 #include "confd_maapi.h"
 #include "data_model.h"
 #include "framework/host.h"
 #include "plugin.h"
+#include "store/schema_node.h"
+#include "store/snapshot.h"
 
 namespace {
 
@@ -30,11 +33,11 @@ extern "C" __attribute__((visibility("default"))) int maapi_exists(int, int, con
 namespace {
 
 TEST(Interposition, ProgramWinsOverTheStandIn) {
-  const auto candidate = confd::Snapshot::FromText(
+  const auto candidate = store::Snapshot::FromText(
       DataModel(),
       R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7",
           "ipv6":{"nd":{"ra":{"max-interval":4,"min-interval":4}}}}]}}})");
-  confd::Datastore datastore(confd::Snapshot::Empty(DataModel()));
+  confd::Datastore datastore(store::Snapshot::Empty(DataModel()));
   framework::Daemon daemon{datastore.OpenSocket(), datastore.OpenSocket()};
   framework::ContextRegistry registry;
   confd::TransactionContext context;
@@ -53,7 +56,7 @@ TEST(Interposition, ProgramWinsOverTheStandIn) {
   const lysc_node* advertisements = nullptr;
   for (const auto& point : DataModel()->validation_points()) {
     if (point.opaque == opaque &&
-        confd::SchemaPath(point.node) == "/config/interface/l3/ipv6/nd/ra") {
+        store::SchemaPath(point.node) == "/config/interface/l3/ipv6/nd/ra") {
       advertisements = point.node;
     }
   }

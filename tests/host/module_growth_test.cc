@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "confd/store.h"
+#include "confd/call_count.h"
 #include "framework/host.h"
 #include "support/point_fixture.h"
 
@@ -62,8 +62,8 @@ class ModuleLife {
   ModuleLife& operator=(const ModuleLife&) = delete;
 
   // The verdict of the point on IPv4 addresses.
-  std::string Validate(const std::shared_ptr<const confd::Snapshot>& candidate) {
-    confd::Datastore datastore(confd::Snapshot::Empty(DataModel()));
+  std::string Validate(const std::shared_ptr<const store::Snapshot>& candidate) {
+    confd::Datastore datastore(store::Snapshot::Empty(DataModel()));
     framework::Daemon daemon{datastore.OpenSocket(), datastore.OpenSocket()};
     const int thandle = datastore.StartTransaction(candidate);
     datastore.Attach(daemon.maapi_socket, thandle);
@@ -88,10 +88,10 @@ class ModuleLife {
 };
 
 TEST(ModuleGrowth, IsNoneInTwoThousandLives) {
-  const auto good = confd::Snapshot::FromText(
+  const auto good = store::Snapshot::FromText(
       DataModel(),
       Device{.l3 = Interface("a", "192.0.2.1/25") + "," + Interface("b", "192.0.2.129/25")}.Json());
-  const auto bad = confd::Snapshot::FromText(
+  const auto bad = store::Snapshot::FromText(
       DataModel(),
       Device{.l3 = Interface("a", "192.0.2.1/24") + "," + Interface("b", "192.0.2.129/25")}.Json());
   const auto live = [&] {

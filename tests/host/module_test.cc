@@ -49,7 +49,7 @@ TEST(Module, TableAndDataModelHaveTheSameNames) {
   for (const auto& row : ip_application::config_valid::validation_point_table)
     in_table.insert(row.name);
   std::set<std::string> in_model;
-  for (const confd::ValidationPoint& point : DataModel()->validation_points()) {
+  for (const store::ValidationPoint& point : DataModel()->validation_points()) {
     in_model.insert(point.opaque);
   }
   EXPECT_EQ(in_table.size(), 11u);

@@ -15,7 +15,7 @@ namespace {
 using tests::RowName;
 using tests::SampleSchema;
 
-std::shared_ptr<const confd::Snapshot> Parse(const std::string& text) {
+std::shared_ptr<const store::Snapshot> Parse(const std::string& text) {
   return ipvald::ParseConfiguration(SampleSchema(), "input", text).snapshot;
 }
 
@@ -28,7 +28,7 @@ std::string ErrorOf(const std::string& text) {
   return "accepted";
 }
 
-std::string Printed(const confd::Snapshot& configuration, LYD_FORMAT format) {
+std::string Printed(const store::Snapshot& configuration, LYD_FORMAT format) {
   char* printed = nullptr;
   lyd_print_mem(&printed, configuration.tree(), format, LYD_PRINT_WITHSIBLINGS);
   const std::string text = printed == nullptr ? "" : printed;

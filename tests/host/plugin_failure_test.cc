@@ -12,6 +12,7 @@
 #include "configuration_file.h"
 #include "data_model.h"
 #include "report_json.h"
+#include "store/snapshot.h"
 #include "support/run_program.h"
 #include "transaction.h"
 
@@ -386,7 +387,7 @@ class Checks : public testing::Test {
     return check.status == 2 ? result.err : WithoutTimes(result.out);
   }
 
-  std::shared_ptr<const confd::Snapshot> running_ =
+  std::shared_ptr<const store::Snapshot> running_ =
       ReadConfiguration(DataModel(), kRunning).snapshot;
 };
 
@@ -413,7 +414,7 @@ INSTANTIATE_TEST_SUITE_P(Between, Sequence, testing::ValuesIn(kBetween),
 
 TEST_F(Checks, NotAPluginLeavesNoTrace) {
   const std::string before = InProcess(kJudged[0]);
-  EXPECT_THROW(RunTransaction(running_, confd::Snapshot::Empty(DataModel()),
+  EXPECT_THROW(RunTransaction(running_, store::Snapshot::Empty(DataModel()),
                               {IPAV_INCOMPLETE_PLUGIN, std::chrono::seconds(1), false}),
                InputError);
   EXPECT_EQ(InProcess(kJudged[0]), before);

@@ -16,6 +16,7 @@
 
 #include "configuration_file.h"
 #include "data_model.h"
+#include "store/snapshot.h"
 #include "transaction.h"
 
 namespace ipvald {
@@ -71,8 +72,8 @@ class Scarcity : public testing::Test {
     }
   }
 
-  std::shared_ptr<const confd::Snapshot> running_ = confd::Snapshot::Empty(DataModel());
-  std::shared_ptr<const confd::Snapshot> candidate_ =
+  std::shared_ptr<const store::Snapshot> running_ = store::Snapshot::Empty(DataModel());
+  std::shared_ptr<const store::Snapshot> candidate_ =
       ReadConfiguration(DataModel(), kRefused).snapshot;
 };
 

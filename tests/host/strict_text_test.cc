@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "confd/transaction.h"
 #include "confd_maapi.h"
 #include "configuration_text.h"
 #include "json_reader.h"
@@ -13,7 +14,7 @@ namespace {
 
 // The VRF of the L3 interface "7" in `text`, or the error of reading it.
 std::string VrfIn(const std::string& text) {
-  std::shared_ptr<const confd::Snapshot> configuration;
+  std::shared_ptr<const store::Snapshot> configuration;
   try {
     configuration = ParseText(text);
   } catch (const ipvald::InputError& error) {

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "store/schema.h"
+#include "store/snapshot.h"
+
 namespace ipvald {
 namespace {
 
@@ -35,9 +38,9 @@ class ModelFolder {
   fs::path path_;
 };
 
-std::shared_ptr<const confd::Schema> TriggerModel() {
-  static const std::shared_ptr<const confd::Schema> schema =
-      confd::Schema::Load(ModelFolder().path());
+std::shared_ptr<const store::Schema> TriggerModel() {
+  static const std::shared_ptr<const store::Schema> schema =
+      store::Schema::Load(ModelFolder().path());
   return schema;
 }
 
@@ -45,8 +48,8 @@ using Calls = std::vector<std::string>;
 
 // The calls as "opaque keypath: reason".
 Calls CallsFor(const std::string& running, const std::string& candidate) {
-  const auto from = confd::Snapshot::FromText(TriggerModel(), running);
-  const auto to = confd::Snapshot::FromText(TriggerModel(), candidate);
+  const auto from = store::Snapshot::FromText(TriggerModel(), running);
+  const auto to = store::Snapshot::FromText(TriggerModel(), candidate);
   Calls texts;
   for (const TriggeredCall& call : FindTriggeredCalls(*from, *to)) {
     texts.push_back(call.point->opaque + " " + KeypathOf(*TriggerModel(), call).text() + ": " +

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "confd/call_count.h"
 #include "confd/watch_calls.h"
 #include "support/fault_cases.h"
 #include "support/fault_model.h"

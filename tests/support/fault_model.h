@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
 #include "confd/watch_calls.h"
 #include "support/world.h"
 

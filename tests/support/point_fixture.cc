@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 #include <string_view>
+
+#include "confd/call_count.h"
 namespace tests {
 namespace {
 
@@ -35,8 +37,8 @@ const Module& LoadedModule() {
   return module;
 }
 
-std::shared_ptr<const confd::Schema> DataModel() {
-  static const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+std::shared_ptr<const store::Schema> DataModel() {
+  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   return schema;
 }
 
@@ -65,8 +67,8 @@ PointTest::~PointTest() {
 
 void PointTest::Configure(const std::string& running, const std::string& candidate) {
   EndTransaction();
-  candidate_ = confd::Snapshot::FromText(DataModel(), candidate);
-  datastore_.emplace(confd::Snapshot::FromText(DataModel(), running));
+  candidate_ = store::Snapshot::FromText(DataModel(), candidate);
+  datastore_.emplace(store::Snapshot::FromText(DataModel(), running));
   daemon_ = {datastore_->OpenSocket(), datastore_->OpenSocket()};
   thandle_ = datastore_->StartTransaction(candidate_);
   datastore_->Attach(daemon_.maapi_socket, thandle_);

@@ -11,10 +11,13 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/keypath.h"
+#include "confd/transaction.h"
 #include "confd/watch_calls.h"
 #include "confd_dp.h"
 #include "framework/host.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 
 namespace tests {
 
@@ -34,7 +37,7 @@ Module OpenModule();
 const Module& LoadedModule();
 
 /// The project's data model.
-std::shared_ptr<const confd::Schema> DataModel();
+std::shared_ptr<const store::Schema> DataModel();
 
 /// A device configuration as JSON text. Each argument is the inside of a JSON array, for example
 /// R"({"name":"7","vrf":"red"})" for one L3 interface.
@@ -78,7 +81,7 @@ class PointTest : public testing::Test {
   /// Fills `context` as the daemon does before it calls `validate`, but for validate_opaque.
   void Fill(confd_trans_ctx* context);
 
-  const confd::Snapshot& candidate() const { return *candidate_; }
+  const store::Snapshot& candidate() const { return *candidate_; }
 
   /// Calls of the last Validate: function, blank, formatted path ("maapi_exists /config/...").
   const std::vector<std::string>& calls() const { return calls_; }
@@ -102,7 +105,7 @@ class PointTest : public testing::Test {
   framework::ContextRegistry registry_;
   framework::Daemon daemon_;
   void* config_ = nullptr;
-  std::shared_ptr<const confd::Snapshot> candidate_;
+  std::shared_ptr<const store::Snapshot> candidate_;
   std::optional<confd::Datastore> datastore_;
   int thandle_ = -1;
   std::vector<std::string> calls_;

@@ -10,16 +10,19 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/call_count.h"
+#include "confd/transaction.h"
 #include "confd/watch_calls.h"
 #include "confd_maapi.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 
 namespace tests {
 
 /// The data model of tests/support/yang: a leaf of every type, a list with one key of each type,
 /// every kind of node.
-inline std::shared_ptr<const confd::Schema> SampleSchema() {
-  static const auto schema = confd::Schema::Load(IPAV_BINARY_DIR "/tests/sample-yang");
+inline std::shared_ptr<const store::Schema> SampleSchema() {
+  static const auto schema = store::Schema::Load(IPAV_BINARY_DIR "/tests/sample-yang");
   return schema;
 }
 
@@ -39,8 +42,8 @@ class StoreTest : public testing::Test {
 
   /// JSON or XML texts.
   void Open(const std::string& running, const std::string& candidate) {
-    running_ = confd::Snapshot::FromText(SampleSchema(), running);
-    candidate_ = confd::Snapshot::FromText(SampleSchema(), candidate);
+    running_ = store::Snapshot::FromText(SampleSchema(), running);
+    candidate_ = store::Snapshot::FromText(SampleSchema(), candidate);
     store_.emplace(running_);
     thandle_ = store_->StartTransaction(candidate_);
     sock_ = store_->OpenSocket();
@@ -89,8 +92,8 @@ class StoreTest : public testing::Test {
     return text;
   }
 
-  std::shared_ptr<const confd::Snapshot> running_;
-  std::shared_ptr<const confd::Snapshot> candidate_;
+  std::shared_ptr<const store::Snapshot> running_;
+  std::shared_ptr<const store::Snapshot> candidate_;
   std::optional<confd::Datastore> store_;
   int sock_ = -1;
   int thandle_ = -1;

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "confd/store.h"
+#include "confd/call_count.h"
 #include "confd/watch_calls.h"
 #include "config.h"
 #include "framework/host.h"
@@ -72,8 +72,8 @@ class TableTest : public testing::Test {
   /// Begins a transaction; tables that were bound to the last one have to be bound again.
   void Configure(const std::string& candidate) {
     Close();
-    const auto snapshot = confd::Snapshot::FromText(DataModel(), candidate);
-    store_.emplace(confd::Snapshot::Empty(DataModel()));
+    const auto snapshot = store::Snapshot::FromText(DataModel(), candidate);
+    store_.emplace(store::Snapshot::Empty(DataModel()));
     context_.thandle = store_->StartTransaction(snapshot);
     sock_ = store_->OpenSocket();
     store_->Attach(sock_, context_.thandle);

@@ -11,7 +11,7 @@
 namespace {
 
 using confd::Datastore;
-using confd::Snapshot;
+using store::Snapshot;
 using tests::SampleSchema;
 using tests::StoreTest;
 

@@ -1,4 +1,4 @@
-#include "diff.h"
+#include "store/diff.h"
 
 #include <gtest/gtest.h>
 
@@ -480,9 +480,9 @@ confd_iter_ret FirstLeafShape(confd_hkeypath_t* kp, confd_iter_op op, confd_valu
 }
 
 TEST(DeviceModel, VrfLeafOfAnL3InterfaceHasTheKeyInItsSecondElement) {
-  const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  confd::Datastore store(confd::Snapshot::Empty(schema));
-  const int thandle = store.StartTransaction(confd::Snapshot::FromText(
+  const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
+  confd::Datastore store(store::Snapshot::Empty(schema));
+  const int thandle = store.StartTransaction(store::Snapshot::FromText(
       schema, R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[
                   {"name":"7","vrf":"red"}]}}})"));
   const int sock = store.OpenSocket();

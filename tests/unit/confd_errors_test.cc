@@ -5,7 +5,7 @@
 #include <new>
 #include <string>
 
-#include "confd/store.h"
+#include "confd/transaction.h"
 #include "confd_dp.h"
 #include "out_of_memory.h"
 

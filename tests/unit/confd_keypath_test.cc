@@ -4,8 +4,8 @@
 #include <ostream>
 #include <string>
 
-#include "confd/store.h"
-#include "schema.h"
+#include "confd/keypath.h"
+#include "store/schema.h"
 #include "support/keypath_builder.h"
 #include "support/store_fixture.h"
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "confd/keypath.h"
 #include "confd/watch_calls.h"
 #include "confd_cdb.h"
 #include "confd_maapi.h"

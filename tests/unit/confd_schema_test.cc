@@ -1,4 +1,4 @@
-#include "schema.h"
+#include "store/schema.h"
 
 #include <gtest/gtest.h>
 #include <libyang/libyang.h>
@@ -10,11 +10,14 @@
 #include <set>
 #include <string>
 
+#include "store/error.h"
+#include "store/schema_node.h"
+#include "store/tags.h"
 #include "support/store_fixture.h"
 
 namespace {
 
-using confd::Schema;
+using store::Schema;
 using tests::RowName;
 
 // A folder of YANG modules that lives as long as a test: tailf-common and what the test adds.
@@ -48,7 +51,7 @@ class YangFolder : public testing::Test {
   std::string LoadError() const {
     try {
       Schema::Load(path_);
-    } catch (const confd::Error& error) {
+    } catch (const store::Error& error) {
       return error.what();
     }
     return "loaded";
@@ -165,7 +168,7 @@ TEST_F(YangFolder, ValidationPointHasItsSubstatements) {
   EXPECT_EQ(points[0].opaque, "the point");
   EXPECT_TRUE(points[0].call_once);
   EXPECT_EQ(points[0].priority, 7);
-  EXPECT_EQ(confd::SchemaPath(points[0].node), "/l");
+  EXPECT_EQ(store::SchemaPath(points[0].node), "/l");
   ASSERT_EQ(points[0].dependencies.size(), 1u);
   EXPECT_EQ(points[0].dependencies[0].node, points[0].node);
   EXPECT_EQ(points[1].id, "second");
@@ -184,7 +187,7 @@ TEST_F(YangFolder, ValidationPointsComeInSchemaOrder) {
   const auto schema = Schema::Load(path_);
   std::string points;
   for (const auto& point : schema->validation_points()) {
-    points += point.id + " " + confd::SchemaPath(point.node) + "\n";
+    points += point.id + " " + store::SchemaPath(point.node) + "\n";
   }
   EXPECT_EQ(points, "on-container /a\nfrom-grouping /a/x\non-leaf-list /a/y\nfrom-augment /a/z\n");
   EXPECT_EQ(schema->validation_points().back().priority, -1);
@@ -216,7 +219,7 @@ TEST_P(DependencyPath, IsResolved) {
   ASSERT_EQ(schema->validation_points().size(), 1u);
   const auto& dependencies = schema->validation_points()[0].dependencies;
   ASSERT_EQ(dependencies.size(), 1u);
-  EXPECT_EQ(confd::SchemaPath(dependencies[0].node), GetParam().node);
+  EXPECT_EQ(store::SchemaPath(dependencies[0].node), GetParam().node);
   EXPECT_EQ(dependencies[0].absolute, GetParam().absolute);
 }
 
@@ -267,7 +270,7 @@ TEST(SchemaNames, ComeFromTheSchemaLoadedLastWhileItLives) {
     EXPECT_STREQ(confd_hash2str(0x213f1a7a), "l3");
   }
   EXPECT_EQ(confd_hash2str(0x213f1a7a), nullptr);
-  EXPECT_STREQ(confd_hash2str(confd::TagOf("shelf")), "shelf") << "the one before is alive";
+  EXPECT_STREQ(confd_hash2str(store::TagOf("shelf")), "shelf") << "the one before is alive";
   EXPECT_EQ(confd_str2hash("l3"), 0u);
   EXPECT_EQ(confd_ns2prefix(1), nullptr);
 }

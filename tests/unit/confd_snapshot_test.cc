@@ -1,4 +1,4 @@
-#include "snapshot.h"
+#include "store/snapshot.h"
 
 #include <gtest/gtest.h>
 #include <libyang/libyang.h>
@@ -6,11 +6,13 @@
 #include <ostream>
 #include <string>
 
+#include "confd/keypath.h"
+#include "store/error.h"
 #include "support/store_fixture.h"
 
 namespace {
 
-using confd::Snapshot;
+using store::Snapshot;
 using tests::RowName;
 using tests::SampleSchema;
 using tests::StoreTest;
@@ -52,7 +54,7 @@ TEST_F(StoreTest, LeafMayRestrictItsType) {
     };
     Open(text(row.allowed));
     EXPECT_EQ(Get((std::string("/values/") + row.leaf).c_str()), row.canonical);
-    EXPECT_THROW(Snapshot::FromText(SampleSchema(), text(row.refused)), confd::Error) << row.leaf;
+    EXPECT_THROW(Snapshot::FromText(SampleSchema(), text(row.refused)), store::Error) << row.leaf;
   }
 }
 
@@ -71,7 +73,7 @@ TEST_P(BadText, IsAnError) {
   try {
     Snapshot::FromText(SampleSchema(), GetParam().text);
     FAIL() << "accepted";
-  } catch (const confd::Error& error) {
+  } catch (const store::Error& error) {
     EXPECT_NE(std::string(error.what()).find(GetParam().message), std::string::npos)
         << error.what();
     EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << "one line";

@@ -1,4 +1,4 @@
-#include "tags.h"
+#include "store/tags.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "confd/store.h"
-#include "schema.h"
+#include "store/error.h"
+#include "store/schema.h"
 #include "support/store_fixture.h"
 #include "velmor-internal.h"
 #include "velmor-ip-app.h"
@@ -40,22 +40,22 @@ const FixedCase kFixedCases[] = {
 
 class FixedTag : public testing::TestWithParam<FixedCase> {};
 
-TEST_P(FixedTag, IsThatOfTheDevice) { EXPECT_EQ(confd::TagOf(GetParam().node), GetParam().tag); }
+TEST_P(FixedTag, IsThatOfTheDevice) { EXPECT_EQ(store::TagOf(GetParam().node), GetParam().tag); }
 
 INSTANTIATE_TEST_SUITE_P(Nodes, FixedTag, testing::ValuesIn(kFixedCases), RowName<FixedCase>);
 
 TEST(Tag, IsAPositiveNumberOf31Bits) {
   for (int i = 0; i < 100000; ++i) {
-    const uint32_t tag = confd::TagOf("name" + std::to_string(i));
+    const uint32_t tag = store::TagOf("name" + std::to_string(i));
     ASSERT_NE(tag, 0u);
     ASSERT_EQ(tag & 0x80000000u, 0u);
   }
 }
 
 TEST(TagTable, KnowsTextsByTheirNumber) {
-  confd::TagTable table;
+  store::TagTable table;
   const uint32_t tag = table.Add("node");
-  EXPECT_EQ(tag, confd::TagOf("node"));
+  EXPECT_EQ(tag, store::TagOf("node"));
   EXPECT_STREQ(table.Text(tag), "node");
   EXPECT_EQ(table.Text(tag + 1), nullptr);
   EXPECT_EQ(table.Add("node"), tag) << "the same text again";
@@ -67,18 +67,18 @@ TEST(TagTable, RefusesTwoTextsWithOneNumber) {
   std::string second;
   for (int i = 0; i < 1000000 && second.empty(); ++i) {
     const std::string text = "n" + std::to_string(i);
-    const auto [entry, inserted] = texts.emplace(confd::TagOf(text), text);
+    const auto [entry, inserted] = texts.emplace(store::TagOf(text), text);
     if (inserted) continue;
     first = entry->second;
     second = text;
   }
   ASSERT_FALSE(second.empty()) << "no collision among a million names";
-  confd::TagTable table;
+  store::TagTable table;
   const uint32_t tag = table.Add(first);
   try {
     table.Add(second);
     FAIL() << "accepted";
-  } catch (const confd::Error& error) {
+  } catch (const store::Error& error) {
     EXPECT_EQ(std::string(error.what()),
               "\"" + second + "\" and \"" + first + "\" have the same tag number");
   }
@@ -90,8 +90,8 @@ TEST(GeneratedHeader, HasTheNumbersOfTheSchema) {
   EXPECT_EQ(ipapp_vrf, 0x4c5f3e78);
   EXPECT_EQ(velmor_internal_ospf_interface_l3, 0x6af0fc0e);
   EXPECT_EQ(velmor_internal_ospfv3_pm_if_name, 0x349b54d4);
-  EXPECT_EQ(ipapp_lower_layer_if, static_cast<int>(confd::TagOf("lower-layer-if")));
-  EXPECT_EQ(ipapp__ns, static_cast<int>(confd::TagOf("urn:velmor:yang:ip-app")));
+  EXPECT_EQ(ipapp_lower_layer_if, static_cast<int>(store::TagOf("lower-layer-if")));
+  EXPECT_EQ(ipapp__ns, static_cast<int>(store::TagOf("urn:velmor:yang:ip-app")));
   EXPECT_STREQ(ipapp__ns_uri, "urn:velmor:yang:ip-app");
   EXPECT_STREQ(ipapp__ns_id, "urn:velmor:yang:ip-app");
 }
@@ -101,8 +101,8 @@ std::string SymbolOf(std::string name) {
   return name;
 }
 
-void CollectTags(const confd::Schema& schema, const lysc_node* parent,
-                 const std::string& module, std::map<std::string, uint32_t>& tags) {
+void CollectTags(const store::Schema& schema, const lysc_node* parent, const std::string& module,
+                 std::map<std::string, uint32_t>& tags) {
   for (const lysc_node* node : schema.Children(parent)) {
     if (module == node->module->name) tags[SymbolOf(node->name)] = schema.tag(node).tag;
     CollectTags(schema, node, module, tags);
@@ -111,7 +111,7 @@ void CollectTags(const confd::Schema& schema, const lysc_node* parent,
 
 // Lines are "#define PREFIX_name number"; PREFIX__ begins what is about the namespace.
 TEST(GeneratedHeader, HasEveryNodeAndNoOther) {
-  const auto schema = confd::Schema::Load(IPAV_SOURCE_DIR "/yang");
+  const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   std::map<std::string, uint32_t> tags;
   CollectTags(*schema, nullptr, "velmor-internal", tags);
   ASSERT_TRUE(tags.contains("ospf_interface_l3"));

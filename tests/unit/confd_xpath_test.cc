@@ -1,4 +1,4 @@
-#include "xpath.h"
+#include "store/xpath.h"
 
 #include <gtest/gtest.h>
 

@@ -35,7 +35,7 @@ const Configuration& KeepUntilExit(Configuration configuration) {
   return kept->emplace_back(std::move(configuration));
 }
 
-Configuration ReadInTime(const std::shared_ptr<const confd::Schema>& schema,
+Configuration ReadInTime(const std::shared_ptr<const store::Schema>& schema,
                          const std::string& file, std::chrono::seconds limit) {
   const ReadingDeadline deadline(file, limit, kNoVerdict);
   return ReadConfiguration(schema, file);
@@ -49,7 +49,7 @@ int RunCheck(const Options& options) {
   const std::chrono::seconds timeout(check.timeout);
   const Configuration& running =
       KeepUntilExit(check.running ? ReadInTime(schema, *check.running, timeout)
-                                  : Configuration{confd::Snapshot::Empty(schema), {}});
+                                  : Configuration{store::Snapshot::Empty(schema), {}});
   const Configuration& candidate = KeepUntilExit(ReadInTime(schema, check.candidate, timeout));
   const TransactionReport report =
       RunTransaction(running.snapshot, candidate.snapshot, {check.plugin, timeout, check.trace});

@@ -112,12 +112,12 @@ Tree ParseValid(ly_ctx* context, const SourceText& source, InputFormat format) {
 
 }  // namespace
 
-Configuration ReadConfiguration(const std::shared_ptr<const confd::Schema>& schema,
+Configuration ReadConfiguration(const std::shared_ptr<const store::Schema>& schema,
                                 const std::string& file) {
   return ParseConfiguration(schema, DisplayName(file), ReadInputText(file, kMaxConfigurationSize));
 }
 
-Configuration ParseConfiguration(const std::shared_ptr<const confd::Schema>& schema,
+Configuration ParseConfiguration(const std::shared_ptr<const store::Schema>& schema,
                                  const std::string& name, std::string text) {
   const InputFormat format = SniffFormat(name, text);
   RemoveByteOrderMark(text);
@@ -130,7 +130,7 @@ Configuration ParseConfiguration(const std::shared_ptr<const confd::Schema>& sch
   ly_err_clean(context, nullptr);
   try {
     auto snapshot =
-        confd::Snapshot::FromTree(schema, ParseValid(context, source, format).release());
+        store::Snapshot::FromTree(schema, ParseValid(context, source, format).release());
     return {std::move(snapshot), std::move(source)};
   } catch (const InputError&) {
     // Once more with a look at every value, for the fault that comes first in the text, in words

@@ -2,13 +2,14 @@
 
 #include "input_error.h"
 #include "one_line.h"
+#include "store/error.h"
 
 namespace ipvald {
 
-std::shared_ptr<const confd::Schema> LoadDataModel(const std::string& directory) {
+std::shared_ptr<const store::Schema> LoadDataModel(const std::string& directory) {
   try {
-    return confd::Schema::Load(directory);
-  } catch (const confd::Error& error) {
+    return store::Schema::Load(directory);
+  } catch (const store::Error& error) {
     throw InputError(OneLine(error.what()));
   }
 }

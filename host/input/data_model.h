@@ -5,13 +5,13 @@
 #include <memory>
 #include <string>
 
-#include "confd/store.h"
+#include "store/schema.h"
 
 namespace ipvald {
 
 /// The data model in `directory`, with its validation points.
 /// @throws InputError  it cannot be used, with the file where that shows
-std::shared_ptr<const confd::Schema> LoadDataModel(const std::string& directory);
+std::shared_ptr<const store::Schema> LoadDataModel(const std::string& directory);
 
 }  // namespace ipvald
 

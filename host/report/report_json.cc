@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "store/schema_node.h"
+
 namespace ipvald {
 namespace {
 
@@ -74,17 +76,17 @@ std::string JsonReport(const TransactionReport& report) {
   return Dump(json);
 }
 
-std::string JsonPoints(const std::vector<confd::ValidationPoint>& points) {
+std::string JsonPoints(const std::vector<store::ValidationPoint>& points) {
   Json rows = Json::array();
-  for (const confd::ValidationPoint& point : points) {
+  for (const store::ValidationPoint& point : points) {
     Json dependencies = Json::array();
-    for (const confd::Dependency& dependency : point.dependencies) {
+    for (const store::Dependency& dependency : point.dependencies) {
       dependencies.push_back(
-          {{"path", confd::SchemaPath(dependency.node)}, {"absolute", dependency.absolute}});
+          {{"path", store::SchemaPath(dependency.node)}, {"absolute", dependency.absolute}});
     }
     rows.push_back({{"point", point.opaque},
                     {"id", point.id},
-                    {"node", confd::SchemaPath(point.node)},
+                    {"node", store::SchemaPath(point.node)},
                     {"call_once", point.call_once},
                     {"priority", point.priority},
                     {"dependencies", dependencies}});

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "store/schema.h"
 #include "transaction_report.h"
 
 namespace ipvald {
@@ -15,7 +15,7 @@ namespace ipvald {
 std::string JsonReport(const TransactionReport& report);
 
 /// One JSON array with an object for each validation statement of the data model, and a newline.
-std::string JsonPoints(const std::vector<confd::ValidationPoint>& points);
+std::string JsonPoints(const std::vector<store::ValidationPoint>& points);
 
 }  // namespace ipvald
 

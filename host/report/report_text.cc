@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "one_line.h"
+#include "store/schema_node.h"
 
 namespace ipvald {
 namespace {
@@ -125,12 +126,12 @@ void AppendTrace(Text& text, const TransactionReport& report) {
   if (report.verdict != Verdict::kPluginFailure) AppendOutput(text, report);
 }
 
-std::string DependenciesOf(const confd::ValidationPoint& point) {
+std::string DependenciesOf(const store::ValidationPoint& point) {
   if (point.dependencies.empty()) return "(every validation)";
   std::string text;
-  for (const confd::Dependency& dependency : point.dependencies) {
+  for (const store::Dependency& dependency : point.dependencies) {
     if (!text.empty()) text += ", ";
-    text += confd::SchemaPath(dependency.node);
+    text += store::SchemaPath(dependency.node);
     if (dependency.absolute) text += " (absolute)";
   }
   return text;
@@ -147,11 +148,11 @@ std::string TextReport(const TransactionReport& report, const TextOptions& optio
   return fmt::to_string(text);
 }
 
-std::string TextPoints(const std::vector<confd::ValidationPoint>& points) {
+std::string TextPoints(const std::vector<store::ValidationPoint>& points) {
   using Row = std::array<std::string, 5>;
   std::vector<Row> rows = {{"POINT", "NODE", "CALL-ONCE", "PRIORITY", "DEPENDENCIES"}};
-  for (const confd::ValidationPoint& point : points) {
-    rows.push_back({point.opaque, confd::SchemaPath(point.node), point.call_once ? "yes" : "no",
+  for (const store::ValidationPoint& point : points) {
+    rows.push_back({point.opaque, store::SchemaPath(point.node), point.call_once ? "yes" : "no",
                     std::to_string(point.priority), DependenciesOf(point)});
   }
   std::array<size_t, 5> widths{};

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
+#include "store/schema.h"
 #include "transaction_report.h"
 
 namespace ipvald {
@@ -20,7 +20,7 @@ struct TextOptions {
 std::string TextReport(const TransactionReport& report, const TextOptions& options);
 
 /// A table with a row for each validation statement of the data model.
-std::string TextPoints(const std::vector<confd::ValidationPoint>& points);
+std::string TextPoints(const std::vector<store::ValidationPoint>& points);
 
 }  // namespace ipvald
 

@@ -9,9 +9,13 @@
 #include <stdexcept>
 #include <typeinfo>
 
+#include "confd/call_count.h"
+#include "confd/keypath.h"
+#include "confd/transaction.h"
 #include "confd_maapi.h"
 #include "framework/host.h"
 #include "plugin.h"
+#include "store/schema.h"
 
 namespace ipvald {
 namespace {
@@ -86,7 +90,7 @@ class Session {
     return value;
   }
 
-  const confd::Schema& schema_;
+  const store::Schema& schema_;
   confd::Datastore datastore_;
   framework::Daemon daemon_;
   framework::ContextRegistry registry_;

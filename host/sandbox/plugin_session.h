@@ -8,17 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
 #include "confd/validation_call.h"
 #include "plugin_records.h"
+#include "store/snapshot.h"
 
 namespace ipvald {
 
 /// One transaction as the plug-in is to see it.
 struct PluginTask {
   std::string plugin;  // file name
-  std::shared_ptr<const confd::Snapshot> running;
-  std::shared_ptr<const confd::Snapshot> candidate;
+  std::shared_ptr<const store::Snapshot> running;
+  std::shared_ptr<const store::Snapshot> candidate;
   std::vector<confd::ValidationCall> calls;
   bool log = false;  // give the plug-in a log handle
 };

@@ -8,7 +8,7 @@
 namespace ipvald {
 namespace {
 
-CallReport Describe(const confd::Schema& schema, const TriggeredCall& call) {
+CallReport Describe(const store::Schema& schema, const TriggeredCall& call) {
   CallReport report;
   report.point = call.point->opaque;
   report.id = call.point->id;
@@ -66,8 +66,8 @@ void Judge(const PluginRun& run, TransactionReport& report) {
 
 }  // namespace
 
-TransactionReport RunTransaction(const std::shared_ptr<const confd::Snapshot>& running,
-                                 const std::shared_ptr<const confd::Snapshot>& candidate,
+TransactionReport RunTransaction(const std::shared_ptr<const store::Snapshot>& running,
+                                 const std::shared_ptr<const store::Snapshot>& candidate,
                                  const TransactionOptions& options) {
   const std::vector<TriggeredCall> calls = FindTriggeredCalls(*running, *candidate);
   const PluginTask task{

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "confd/store.h"
+#include "store/snapshot.h"
 #include "transaction_report.h"
 
 namespace ipvald {
@@ -20,8 +20,8 @@ struct TransactionOptions {
 /// Validates the change from `running` to `candidate` as the device would. Nothing is kept: the
 /// plug-in is loaded, set up and finished for this transaction alone.
 /// @throws InputError, Interrupted, std::system_error  as RunPlugin
-TransactionReport RunTransaction(const std::shared_ptr<const confd::Snapshot>& running,
-                                 const std::shared_ptr<const confd::Snapshot>& candidate,
+TransactionReport RunTransaction(const std::shared_ptr<const store::Snapshot>& running,
+                                 const std::shared_ptr<const store::Snapshot>& candidate,
                                  const TransactionOptions& options);
 
 }  // namespace ipvald

@@ -8,6 +8,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "confd/keypath.h"
+
 namespace ipvald {
 namespace {
 
@@ -37,7 +39,7 @@ int StepsUp(const lysc_node* node, const lysc_node* ancestor) {
 
 // The schema node whose instances are called: the point's own, or the parent of a list that is
 // called as a whole (null for a top-level list, which has one call).
-const lysc_node* CalledNode(const confd::ValidationPoint& point) {
+const lysc_node* CalledNode(const store::ValidationPoint& point) {
   return point.call_once ? lysc_data_parent(point.node) : point.node;
 }
 
@@ -55,7 +57,7 @@ class PointCalls {
     bool is_cause;
   };
 
-  explicit PointCalls(const confd::ValidationPoint& point)
+  explicit PointCalls(const store::ValidationPoint& point)
       : point_(point), called_(CalledNode(point)), dependencies_(point.dependencies) {
     const bool is_leaf = (point.node->nodetype & LYD_NODE_TERM) != 0;
     if (is_leaf && !dependencies_.empty()) dependencies_.push_back({point.node, false});
@@ -65,7 +67,7 @@ class PointCalls {
   std::vector<Concern> ConcernsOf(const lysc_node* changed) const {
     if (dependencies_.empty()) return {{nullptr, 0, false}};
     std::vector<Concern> concerns;
-    for (const confd::Dependency& dependency : dependencies_) {
+    for (const store::Dependency& dependency : dependencies_) {
       if (!OnOneLine(changed, dependency.node)) continue;
       const lysc_node* common =
           dependency.absolute ? nullptr : LowestCommonAncestor(called_, dependency.node);
@@ -75,7 +77,7 @@ class PointCalls {
     return concerns;
   }
 
-  void Add(const confd::Change& change, const Concern& concern, const confd::Snapshot& candidate) {
+  void Add(const store::Change& change, const Concern& concern, const store::Snapshot& candidate) {
     const Cause cause = concern.is_cause ? Cause(change) : std::nullopt;
     if (concern.common == nullptr) {
       AddInstances(nullptr, cause, candidate);
@@ -88,7 +90,7 @@ class PointCalls {
   }
 
   // Appends the calls in instance order.
-  void Take(const confd::Snapshot& candidate, std::vector<TriggeredCall>& calls) const {
+  void Take(const store::Snapshot& candidate, std::vector<TriggeredCall>& calls) const {
     if (causes_.empty()) return;
     if (called_ == nullptr) {
       calls.push_back({{&point_, nullptr, nullptr}, causes_.begin()->second});
@@ -102,11 +104,11 @@ class PointCalls {
   }
 
  private:
-  using Cause = std::optional<confd::Change>;
+  using Cause = std::optional<store::Change>;
 
   // Counterpart of a node of the running configuration; the deletion of many entries asks for the
   // same few again.
-  const lyd_node* CounterpartOf(const lyd_node* node, const confd::Snapshot& candidate) {
+  const lyd_node* CounterpartOf(const lyd_node* node, const store::Snapshot& candidate) {
     const auto [found, is_new] = counterparts_.try_emplace(node);
     if (is_new) found->second = candidate.Counterpart(node);
     return found->second;
@@ -114,7 +116,7 @@ class PointCalls {
 
   // Adds every called instance at or below `anchor`, anywhere when it is null, unless that was done
   // before.
-  void AddInstances(const lyd_node* anchor, const Cause& cause, const confd::Snapshot& candidate) {
+  void AddInstances(const lyd_node* anchor, const Cause& cause, const store::Snapshot& candidate) {
     // Changes of one entry come one behind the other.
     if (!anchors_.empty() && anchor == last_anchor_) return;
     last_anchor_ = anchor;
@@ -129,7 +131,7 @@ class PointCalls {
     }
   }
 
-  std::vector<const lyd_node*> InOrder(const confd::Snapshot& candidate) const {
+  std::vector<const lyd_node*> InOrder(const store::Snapshot& candidate) const {
     if (causes_.size() == 1) return {causes_.begin()->first};
     std::vector<const lyd_node*> ordered = candidate.Instances(called_, nullptr);
     const auto is_not_called = [this](const lyd_node* node) { return causes_.count(node) == 0; };
@@ -137,9 +139,9 @@ class PointCalls {
     return ordered;
   }
 
-  const confd::ValidationPoint& point_;
+  const store::ValidationPoint& point_;
   const lysc_node* called_;
-  std::vector<confd::Dependency> dependencies_;
+  std::vector<store::Dependency> dependencies_;
   std::unordered_map<const lyd_node*, const lyd_node*> counterparts_;
   std::unordered_set<const lyd_node*> anchors_;
   const lyd_node* last_anchor_ = nullptr;
@@ -158,13 +160,13 @@ ConcernedPointList ConcernedPoints(std::vector<PointCalls>& points, const lysc_n
   return concerned;
 }
 
-const char* VerbOf(confd::ChangeKind kind) {
+const char* VerbOf(store::ChangeKind kind) {
   switch (kind) {
-    case confd::ChangeKind::kCreated:
+    case store::ChangeKind::kCreated:
       return "created ";
-    case confd::ChangeKind::kDeleted:
+    case store::ChangeKind::kDeleted:
       return "deleted ";
-    case confd::ChangeKind::kMovedAfter:
+    case store::ChangeKind::kMovedAfter:
       return "moved ";
     default:
       return "changed ";
@@ -173,21 +175,21 @@ const char* VerbOf(confd::ChangeKind kind) {
 
 }  // namespace
 
-std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
-                                              const confd::Snapshot& candidate) {
+std::vector<TriggeredCall> FindTriggeredCalls(const store::Snapshot& running,
+                                              const store::Snapshot& candidate) {
   std::vector<PointCalls> points;
-  for (const confd::ValidationPoint& point : candidate.schema().validation_points()) {
+  for (const store::ValidationPoint& point : candidate.schema().validation_points()) {
     points.emplace_back(point);
   }
   std::unordered_map<const lysc_node*, ConcernedPointList> concerned_by;
-  confd::VisitChanges(running, candidate, [&](const confd::Change& change) {
+  store::VisitChanges(running, candidate, [&](const store::Change& change) {
     // A modified entry is only the way to a change below it.
-    if (change.kind == confd::ChangeKind::kModified) return confd::VisitResult::kRecurse;
+    if (change.kind == store::ChangeKind::kModified) return store::VisitResult::kRecurse;
     const lysc_node* changed = change.node()->schema;
     const auto [concerned, is_new] = concerned_by.try_emplace(changed);
     if (is_new) concerned->second = ConcernedPoints(points, changed);
     for (const auto& [point, concern] : concerned->second) point->Add(change, concern, candidate);
-    return confd::VisitResult::kRecurse;
+    return store::VisitResult::kRecurse;
   });
 
   std::vector<size_t> order(points.size());
@@ -200,7 +202,7 @@ std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
   return calls;
 }
 
-std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call) {
+std::string ReasonOf(const store::Schema& schema, const TriggeredCall& call) {
   if (!call.cause) return "called at every validation";
   return VerbOf(call.cause->kind) + confd::Keypath(schema, call.cause->node()).text();
 }

@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "confd/store.h"
 #include "confd/validation_call.h"
+#include "store/diff.h"
+#include "store/schema.h"
+#include "store/snapshot.h"
 
 namespace ipvald {
 
@@ -15,7 +17,7 @@ namespace ipvald {
 /// which must live as long.
 struct TriggeredCall : confd::ValidationCall {
   /// First change that led to the call; none when the point is called at every validation.
-  std::optional<confd::Change> cause;
+  std::optional<store::Change> cause;
 };
 
 /// The calls for the change from `running` to `candidate`, in the order in which they are made: by
@@ -27,11 +29,11 @@ struct TriggeredCall : confd::ValidationCall {
 /// relative dependency concerns the instances below the lowest node that both have in common, an
 /// absolute one all instances. A point without dependencies is concerned by every change. Instances
 /// that the candidate does not have are not called.
-std::vector<TriggeredCall> FindTriggeredCalls(const confd::Snapshot& running,
-                                              const confd::Snapshot& candidate);
+std::vector<TriggeredCall> FindTriggeredCalls(const store::Snapshot& running,
+                                              const store::Snapshot& candidate);
 
 /// Why the call is made, for example "changed /config/interface/l3{7}/vrf".
-std::string ReasonOf(const confd::Schema& schema, const TriggeredCall& call);
+std::string ReasonOf(const store::Schema& schema, const TriggeredCall& call);
 
 }  // namespace ipvald
 

@@ -71,7 +71,8 @@ void ExpectRelativeToTheFile(const fs::path& tree) {
     }
   }
   const std::vector<std::string> expected = {"$ORIGIN", "$ORIGIN/../lib"};
-  for (const char* name : {"bin/ipvald", "lib/libip_app_validation.so", "lib/libconfd.so"}) {
+  for (const char* name :
+       {"bin/ipvald", "lib/libip_app_validation.so", "lib/libconfd.so", "lib/libipav_store.so"}) {
     ASSERT_EQ(files.count(name), 1u) << name;
     EXPECT_EQ(files.at(name), expected) << name;
   }

@@ -17,7 +17,7 @@
 #include "confd_lib.h"
 #include "config.h"
 #include "support/json_text.h"
-#include "support/maapi_answers.h"
+#include "support/scripted_confd.h"
 #include "support/table_fixture.h"
 #include "vrfid/vrfid.h"
 
@@ -42,11 +42,13 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using tests::Answer;
 using tests::Device;
 using tests::ExpectedCalls;
+using tests::Int32;
 using tests::JsonText;
-using tests::MaapiAnswer;
-using tests::MaapiAnswers;
+using tests::ScriptedConfd;
+using tests::Uint32;
 
 using Calls = std::vector<std::string>;
 
@@ -83,24 +85,12 @@ class DataAccess : public tests::TableTest {
   }
 
   Reader reader;
-  MaapiAnswers answers;
+  ScriptedConfd scripted;
 };
 
 confd_value_t NoValue() {
   confd_value_t value{};
   CONFD_SET_NOEXISTS(&value);
-  return value;
-}
-
-confd_value_t Int32(int32_t number) {
-  confd_value_t value{};
-  CONFD_SET_INT32(&value, number);
-  return value;
-}
-
-confd_value_t Uint32(uint32_t number) {
-  confd_value_t value{};
-  CONFD_SET_UINT32(&value, number);
   return value;
 }
 
@@ -141,7 +131,7 @@ struct AddressCase {
   const char* name;
   std::string path;
   const char* failing;  // this call fails, with the path behind it
-  MaapiAnswer answer;
+  Answer answer;
   const char* mask;
   std::vector<const char*> calls;  // what reaches the store, with the path behind it
 };
@@ -219,7 +209,7 @@ class Ipv4AtPath : public DataAccess, public testing::WithParamInterface<Address
 TEST_P(Ipv4AtPath, GivesMask) {
   const AddressCase& c = GetParam();
   if (*c.failing != '\0') FailCall(c.failing + (" " + c.path));
-  answers.by_path[c.path] = c.answer;
+  scripted.answers[c.path] = c.answer;
   EXPECT_EQ(reader.get_ipv4_addr_mask(c.path).to_string(), c.mask);
   EXPECT_EQ(TakeCalls(), WithPath(c.calls, c.path));
 }
@@ -283,7 +273,7 @@ class Ipv6AtPath : public DataAccess, public testing::WithParamInterface<Address
 TEST_P(Ipv6AtPath, GivesMask) {
   const AddressCase& c = GetParam();
   if (*c.failing != '\0') FailCall(c.failing + (" " + c.path));
-  answers.by_path[c.path] = c.answer;
+  scripted.answers[c.path] = c.answer;
   EXPECT_EQ(reader.get_ipv6_addr_mask(c.path).to_string(), c.mask);
   EXPECT_EQ(TakeCalls(), WithPath(c.calls, c.path));
 }
@@ -451,7 +441,7 @@ struct LimIdCase {
   const char* name;
   std::string path;
   const char* failing;
-  MaapiAnswer answer;
+  Answer answer;
   uint32_t ifindex;  // 0: the zero identifier
   std::vector<const char*> calls;
 };
@@ -483,7 +473,7 @@ class LimIdAtPath : public DataAccess, public testing::WithParamInterface<LimIdC
 TEST_P(LimIdAtPath, IsOfTheVlan) {
   const LimIdCase& c = GetParam();
   if (*c.failing != '\0') FailCall(c.failing + (" " + c.path));
-  answers.by_path[c.path] = c.answer;
+  scripted.answers[c.path] = c.answer;
   const limid_t lim_id = reader.get_intf_lim_id(c.path);
   EXPECT_EQ(limid_to_ifindex(lim_id), c.ifindex);
   EXPECT_EQ(lim_id == limid_t{}, c.ifindex == 0);
@@ -503,7 +493,7 @@ TEST_F(DataAccessDeathTest, VlanOfOtherTypeEndsTheProcess) {
   const auto failure =
       AssertionIn("src/lib/config:196", "get_intf_lim_id", "(&confd_if_index)->type == C_INT32");
   EXPECT_DEATH(reader.get_intf_lim_id(kVrf), failure);
-  answers.by_path[kVlan] = {.read = 0, .value = Uint32(100)};
+  scripted.answers[kVlan] = {.read = 0, .value = Uint32(100)};
   EXPECT_DEATH(reader.get_intf_lim_id(kVlan), failure);
 }
 
@@ -513,7 +503,7 @@ struct TextCase {
   const char* name;
   std::string path;
   const char* failing;
-  MaapiAnswer answer;
+  Answer answer;
   const char* text;
   std::vector<const char*> calls;
 };
@@ -552,7 +542,7 @@ class VrfAtPath : public DataAccess, public testing::WithParamInterface<TextCase
 TEST_P(VrfAtPath, GivesName) {
   const TextCase& c = GetParam();
   if (*c.failing != '\0') FailCall(c.failing + (" " + c.path));
-  answers.by_path[c.path] = c.answer;
+  scripted.answers[c.path] = c.answer;
   EXPECT_EQ(reader.get_vrf_name(c.path), c.text);
   EXPECT_EQ(TakeCalls(), WithPath(c.calls, c.path));
 }
@@ -564,7 +554,7 @@ TEST_F(DataAccessDeathTest, VrfOfOtherTypeEndsTheProcess) {
   const auto failure =
       AssertionIn("src/lib/config:214", "get_vrf_name", "(&l3_vrf_name)->type == C_BUF");
   EXPECT_DEATH(reader.get_vrf_name(kVlan), failure);
-  answers.by_path[kVrf] = {.read = 0, .value = Bytes(C_BINARY, kGreen)};
+  scripted.answers[kVrf] = {.read = 0, .value = Bytes(C_BINARY, kGreen)};
   EXPECT_DEATH(reader.get_vrf_name(kVrf), failure);
 }
 
@@ -617,7 +607,7 @@ class VrfOfIndex : public DataAccess, public testing::WithParamInterface<TextCas
 TEST_P(VrfOfIndex, GivesName) {
   const TextCase& c = GetParam();
   if (*c.failing != '\0') FailCall(c.failing + (" " + c.path));
-  answers.by_path[c.path] = c.answer;
+  scripted.answers[c.path] = c.answer;
   EXPECT_EQ(reader.get_vrf_name_from_id(Uint32(5)), c.text);
   EXPECT_EQ(TakeCalls(), WithPath(c.calls, c.path));
 }
@@ -658,10 +648,10 @@ TEST_F(DataAccess, VrfOfIndexOfOtherTypeMakesNoCall) {
 TEST_F(DataAccessDeathTest, VrfOfIndexOfOtherTypeOfNameEndsTheProcess) {
   const auto failure =
       AssertionIn("src/lib/config:236", "get_vrf_name_from_id", "(&vrf)->type == C_BUF");
-  answers.by_path[kIndex5] = {.read = 0, .value = Int32(5)};
+  scripted.answers[kIndex5] = {.read = 0, .value = Int32(5)};
   EXPECT_DEATH(reader.get_vrf_name_from_id(Uint32(5)), failure);
   // Only -1 is a failure: after -2 nothing is there that would be a text.
-  answers.by_path[kIndex5] = {.read = CONFD_EOF};
+  scripted.answers[kIndex5] = {.read = CONFD_EOF};
   EXPECT_DEATH(reader.get_vrf_name_from_id(Uint32(5)), failure);
 }
 
@@ -672,16 +662,16 @@ TEST_F(DataAccess, PathIsAnArgumentOfTheFormatExceptForTheVrfOfAnIndex) {
   reader.get_vrf_name(kVrf);
   reader.get_key_list(kL3);
   reader.get_key_list(kL3, 1);
-  EXPECT_THAT(answers.formats,
+  EXPECT_THAT(scripted.formats,
               ElementsAre("maapi_exists %s", "maapi_get_ipv4_and_plen_elem %s", "maapi_exists %s",
                           "maapi_get_ipv6_and_plen_elem %s", "maapi_exists %s", "maapi_get_elem %s",
                           "maapi_exists %s", "maapi_get_elem %s", "maapi_exists %s",
                           "maapi_init_cursor %s", "maapi_exists %s", "maapi_init_cursor %s"));
 
-  answers.formats.clear();
+  scripted.formats.clear();
   reader.get_vrf_name_from_id(Uint32(5));
-  EXPECT_THAT(answers.formats, ElementsAre(std::string("maapi_exists ") + kIndex5,
-                                           std::string("maapi_get_elem ") + kIndex5));
+  EXPECT_THAT(scripted.formats, ElementsAre(std::string("maapi_exists ") + kIndex5,
+                                            std::string("maapi_get_elem ") + kIndex5));
 }
 
 // Key lists ------------------------------------------------------------------------------------
@@ -856,7 +846,7 @@ class AddressList : public KeyList {
         "ipv6":{"address":[{"ip":"2001:db8:2::1/64"},{"ip":"2001:DB8:1::1/64"}]}})"});
   }
 
-  MaapiAnswers answers;
+  ScriptedConfd scripted;
 };
 
 std::string Secondary(const std::string& key) { return kSecondaries + ("{" + key + "}/ip"); }
@@ -900,14 +890,14 @@ TEST_F(AddressList, OfNoEntryMakesNoReadOfAnAddress) {
 // Only the answer 1 means that the list exists.
 TEST_F(AddressList, OfOtherAnswersIsNotWalked) {
   for (const int exists : {2, 0, -1}) {
-    answers.by_path[kSecondaries] = {.exists = exists};
-    answers.by_path[kAddresses6] = {.exists = exists};
-    answers.formats.clear();
+    scripted.answers[kSecondaries] = {.exists = exists};
+    scripted.answers[kAddresses6] = {.exists = exists};
+    scripted.formats.clear();
     EXPECT_THAT(reader.get_key_list(kSecondaries), IsEmpty()) << exists;
     EXPECT_THAT(reader.get_key_list(kSecondaries, 1), IsEmpty()) << exists;
     EXPECT_THAT(reader.get_intf_ipv4_addr_mask_list(kSecondaries), IsEmpty()) << exists;
     EXPECT_THAT(reader.get_intf_ipv6_addr_mask_list(kAddresses6), IsEmpty()) << exists;
-    EXPECT_EQ(answers.formats, Calls(4, "maapi_exists %s")) << exists;
+    EXPECT_EQ(scripted.formats, Calls(4, "maapi_exists %s")) << exists;
     EXPECT_THAT(TakeCalls(), IsEmpty()) << exists;
   }
   EXPECT_THAT(framework::TakeFaults(), IsEmpty());
@@ -919,17 +909,17 @@ TEST_F(AddressList, ReportsAtOnce) {
   on_call = [&faults_at](const std::string& call) {
     faults_at[call] = framework::TakeFaults().size();
   };
-  answers.by_path[Secondary("10.0.2.1/24")] = {.exists = 0};
+  scripted.answers[Secondary("10.0.2.1/24")] = {.exists = 0};
   reader.get_intf_ipv4_addr_mask_list(kSecondaries);
   EXPECT_EQ(faults_at["maapi_exists " + Secondary("10.0.0.1/24")], 1u);
-  answers.by_path[Address6("2001:db8:2::1/64")] = {.exists = 0};
+  scripted.answers[Address6("2001:db8:2::1/64")] = {.exists = 0};
   reader.get_intf_ipv6_addr_mask_list(kAddresses6);
   EXPECT_EQ(faults_at["maapi_exists " + Address6("2001:db8:1::1/64")], 1u);
 }
 
 // The key of an entry is the address itself, so it is never missing in the store.
 TEST_F(AddressList, MissingAddressIsLeftOutAndReported) {
-  answers.by_path[Secondary("10.0.0.1/24")] = {.exists = 0};
+  scripted.answers[Secondary("10.0.0.1/24")] = {.exists = 0};
   EXPECT_THAT(Texts(reader.get_intf_ipv4_addr_mask_list(kSecondaries)),
               ElementsAre("10.0.2.1/24", "10.0.1.1/24"));
   EXPECT_THAT(framework::TakeFaults(),
@@ -939,7 +929,7 @@ TEST_F(AddressList, MissingAddressIsLeftOutAndReported) {
                              .Ipv4(Secondary("10.0.2.1/24"))
                              .Ipv4(Secondary("10.0.1.1/24")));
 
-  answers.by_path[Address6("2001:db8:2::1/64")] = {.exists = 0};
+  scripted.answers[Address6("2001:db8:2::1/64")] = {.exists = 0};
   EXPECT_THAT(Texts(reader.get_intf_ipv6_addr_mask_list(kAddresses6)),
               ElementsAre("2001:db8:1::1/64"));
   EXPECT_THAT(

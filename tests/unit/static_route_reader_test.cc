@@ -1,10 +1,8 @@
 // How the static route tables are read: the calls, what becomes of output interface names, and what
 // ends the process.
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <new>
 #include <ostream>
 #include <stdexcept>
@@ -14,26 +12,10 @@
 #include "confd_maapi.h"
 #include "config.h"
 #include "static_route_config.h"
-#include "support/maapi_answers.h"
 #include "support/route_json.h"
+#include "support/scripted_confd.h"
 #include "support/table_fixture.h"
 #include "validation_points.h"
-
-namespace {
-
-// Changes what a step of a cursor delivered.
-std::function<void(maapi_cursor*)> after_step;
-
-}  // namespace
-
-// Wins over libconfd's, which it calls.
-int maapi_get_next(maapi_cursor* mc) {
-  using Step = int (*)(maapi_cursor*);
-  static const auto step = reinterpret_cast<Step>(dlsym(RTLD_NEXT, "maapi_get_next"));
-  const int result = step(mc);
-  if (mc->n != 0 && after_step) after_step(mc);
-  return result;
-}
 
 namespace ip_application::config_valid {
 namespace {
@@ -59,21 +41,12 @@ constexpr char kVrf7[] =
 
 class StaticRouteReader : public tests::TableTest {
  protected:
-  ~StaticRouteReader() override { after_step = nullptr; }
-
-  // Starts to remember where the cursor of the next read stands.
-  void FollowCursor() {
-    after_step = [this](maapi_cursor* at) { cursor_ = *at; };
-  }
-
   // A cursor that still answers was left open. It is destroyed here, in place of the reader.
   void ExpectCursorLeftOpen() {
-    after_step = nullptr;
-    ASSERT_NE(cursor_.walk, nullptr);
-    maapi_get_next(&cursor_);
-    EXPECT_NE(cursor_.n, 0) << "the entry behind the bad one";
-    maapi_destroy_cursor(&cursor_);
-    cursor_ = {};
+    ASSERT_NE(scripted.cursor.walk, nullptr);
+    maapi_get_next(&scripted.cursor);
+    EXPECT_NE(scripted.cursor.n, 0) << "the entry behind the bad one";
+    maapi_destroy_cursor(&scripted.cursor);
   }
 
   void Use(const std::vector<ConfiguredRoute>& routes) {
@@ -81,10 +54,8 @@ class StaticRouteReader : public tests::TableTest {
     Bind(table);
   }
 
+  tests::ScriptedConfd scripted;
   StaticRouteConfig table;
-
- private:
-  maapi_cursor cursor_{};
 };
 
 // Calls ----------------------------------------------------------------------------------------
@@ -146,10 +117,9 @@ TEST_F(StaticRouteReader, MakesTheseCallsForAnEmptyTable) {
 
 TEST_F(StaticRouteReader, PathsAreArgumentsOfTheFormatExceptForTheVrf) {
   Use({{1, "10.0.0.0/8", "192.0.2.2", "l3-7"}});
-  const tests::MaapiAnswers answers;
   table.ReadConfig(kIpv4);
   EXPECT_THAT(
-      answers.formats,
+      scripted.formats,
       ElementsAre("maapi_init_cursor %s", std::string("maapi_exists ") + kVrf1,
                   std::string("maapi_get_elem ") + kVrf1, "maapi_exists %s", "maapi_get_elem %s"));
 }
@@ -171,8 +141,7 @@ TEST_F(StaticRouteReader, OutputInterfaceIsReadWhenExactlyOneExists) {
     Use({route});
     StaticRouteConfig fresh;
     Bind(fresh);
-    tests::MaapiAnswers answers;
-    answers.by_path[tests::OutputPath(route)] = {.exists = exists};
+    scripted.answers[tests::OutputPath(route)] = {.exists = exists};
     fresh.ReadConfig(kIpv4);
     EXPECT_THAT(fresh.output_interfaces_, ElementsAre(exists == 1 ? "l3 7" : "")) << exists;
   }
@@ -224,7 +193,6 @@ TEST_F(StaticRouteReader, NameShorterThanTwoCharactersThrows) {
       Use({{0, "10.0.0.0/8", "192.0.2.2", "l3-7"}, route, {0, "fd01::/16", "fe80::1", "l3-8"}});
       StaticRouteConfig fresh;
       Bind(fresh);
-      FollowCursor();
       TakeCalls();
       try {
         fresh.ReadConfigIfNeeded(kIpv4);
@@ -247,7 +215,6 @@ TEST_F(StaticRouteReader, NameShorterThanTwoCharactersThrows) {
 
 TEST_F(StaticRouteReader, ReadsAgainAfterAnException) {
   Use({{0, "10.0.0.0/8", "192.0.2.2", "l"}, {0, "11.0.0.0/8"}});
-  FollowCursor();
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::out_of_range);
   ExpectCursorLeftOpen();
   Use({{0, "10.0.0.0/8", "192.0.2.2", "l3"}});
@@ -263,7 +230,6 @@ TEST_F(StaticRouteReader, CountsOutliveAReadThatFails) {
   Use({{0, "10.0.0.0/8", "192.0.2.2", "l3"}, {0, "fd00::/8", "fe80::1", "l3"}});
   table.ReadConfigIfNeeded(kIpv4);
   Use({{0, "10.0.0.0/8", "192.0.2.2", "l"}, {0, "11.0.0.0/8"}});
-  FollowCursor();
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv6), std::out_of_range);
   ExpectCursorLeftOpen();
   EXPECT_EQ(table.ipv4_route_count_, 1u);
@@ -277,8 +243,8 @@ TEST_F(StaticRouteReader, OtherAddressTypesAreNeitherCountedNorStored) {
   for (const int type : {0, 3, 4, 16, -1}) {
     Use({{1, "10.0.0.0/8", "192.0.2.2", "l3-7"}, {1, "11.0.0.0/8", "192.0.2.3", "l3-8"}});
     bool first = true;
-    after_step = [&first, type](maapi_cursor* cursor) {
-      if (first) CONFD_SET_ENUM_VALUE(&cursor->keys[1], type);
+    scripted.on_entry = [&first, type](maapi_cursor& cursor) {
+      if (first) CONFD_SET_ENUM_VALUE(&cursor.keys[1], type);
       first = false;
     };
     StaticRouteConfig fresh;
@@ -307,8 +273,8 @@ TEST_F(StaticRouteReader, OtherAddressTypesAreNeitherCountedNorStored) {
 
 TEST_F(StaticRouteReader, AddressesOfOtherTypesAreDefaults) {
   Use({{1, "10.0.0.0/8", "192.0.2.2", "l3-7"}});
-  after_step = [](maapi_cursor* cursor) {
-    for (confd_value_t* key : {&cursor->keys[2], &cursor->keys[5]}) {
+  scripted.on_entry = [](maapi_cursor& cursor) {
+    for (confd_value_t* key : {&cursor.keys[2], &cursor.keys[5]}) {
       confd_free_value(key);
       CONFD_SET_INT32(key, 10);
     }
@@ -325,7 +291,7 @@ TEST_F(StaticRouteReader, AddressesOfOtherTypesAreDefaults) {
 // The type of the next hop's address is not looked at.
 TEST_F(StaticRouteReader, NextHopTypeIsNotRead) {
   Use({{1, "10.0.0.0/8", "192.0.2.2", "l3-7"}});
-  after_step = [](maapi_cursor* cursor) { CONFD_SET_NOEXISTS(&cursor->keys[4]); };
+  scripted.on_entry = [](maapi_cursor& cursor) { CONFD_SET_NOEXISTS(&cursor.keys[4]); };
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_EQ(table.ipv4_routes_.size(), 1u);
 }
@@ -355,9 +321,9 @@ class StaticRouteReaderDeathTest : public StaticRouteReader {
 TEST_F(StaticRouteReaderDeathTest, AddressTypeIsAnEnumeration) {
   const auto failure =
       AssertionIn("33", "ReadConfig", "(&cursor.keys[kNetworkAddrType])->type == C_ENUM_VALUE");
-  after_step = [](maapi_cursor* at) { CONFD_SET_INT32(&at->keys[1], 1); };
+  scripted.on_entry = [](maapi_cursor& at) { CONFD_SET_INT32(&at.keys[1], 1); };
   EXPECT_DEATH(table.ReadConfig(kIpv4), failure);
-  after_step = [](maapi_cursor* at) { CONFD_SET_NOEXISTS(&at->keys[1]); };
+  scripted.on_entry = [](maapi_cursor& at) { CONFD_SET_NOEXISTS(&at.keys[1]); };
   EXPECT_DEATH(table.ReadConfig(kIpv6), failure);
 }
 
@@ -366,7 +332,7 @@ TEST_F(StaticRouteReaderDeathTest, PrefixLengthIsAnInt32) {
                                    "(&cursor.keys[kNetworkPrefixLen])->type == C_INT32");
   CONFD_SET_UINT32(&cursor.keys[3], 8);
   EXPECT_DEATH(table.GetIntfNameFromRoute(cursor), failure);
-  after_step = [](maapi_cursor* at) { CONFD_SET_NOEXISTS(&at->keys[3]); };
+  scripted.on_entry = [](maapi_cursor& at) { CONFD_SET_NOEXISTS(&at.keys[3]); };
   EXPECT_DEATH(table.ReadConfig(kIpv4), failure);
 }
 
@@ -375,7 +341,7 @@ TEST_F(StaticRouteReaderDeathTest, FteIndexIsAUint32) {
       AssertionIn("98", "GetIntfNameFromRoute", "(&cursor.keys[kFteIndex])->type == C_UINT32");
   CONFD_SET_INT32(&cursor.keys[0], 1);
   EXPECT_DEATH(table.GetIntfNameFromRoute(cursor), failure);
-  after_step = [](maapi_cursor* at) { CONFD_SET_INT32(&at->keys[0], 1); };
+  scripted.on_entry = [](maapi_cursor& at) { CONFD_SET_INT32(&at.keys[0], 1); };
   EXPECT_DEATH(table.ReadConfig(kIpv4), failure);
 }
 
@@ -390,8 +356,7 @@ TEST_F(StaticRouteReaderDeathTest, PrefixLengthIsTestedBeforeFteIndex) {
 TEST_F(StaticRouteReaderDeathTest, NameOfTheOutputInterfaceIsAText) {
   confd_value_t number;
   CONFD_SET_INT32(&number, 7);
-  tests::MaapiAnswers answers;
-  answers.by_path["/rtmStaticRtEntry-global{ 1 0a:00:00:00 8 c0:00:02:02 }/interface-name"] = {
+  scripted.answers["/rtmStaticRtEntry-global{ 1 0a:00:00:00 8 c0:00:02:02 }/interface-name"] = {
       .exists = 1, .read = 0, .value = number};
   EXPECT_DEATH(table.ReadConfig(kIpv4),
                AssertionIn("105", "GetIntfNameFromRoute", "(&l3_intf_name)->type == C_BUF"));

@@ -11,9 +11,9 @@
 
 #include "confd/watch_calls.h"
 #include "support/json_text.h"
-#include "support/key_texts.h"
 #include "support/ospf_json.h"
 #include "support/point_fixture.h"
+#include "support/scripted_confd.h"
 
 namespace tests {
 namespace {
@@ -284,11 +284,11 @@ class OspfCrossException : public OspfCross {
   }
   ~OspfCrossException() override { confd::WatchCalls(nullptr); }
 
-  KeyTexts texts;
+  ScriptedConfd scripted;
 };
 
 TEST_F(OspfCrossException, CompoundIdIsNoNumber) {
-  texts.instead_of["2"] = "two";
+  scripted.printed_instead["2"] = "two";
   try {
     Validate();
     FAIL() << "no exception";
@@ -298,7 +298,7 @@ TEST_F(OspfCrossException, CompoundIdIsNoNumber) {
 }
 
 TEST_F(OspfCrossException, CompoundIdIsTooLarge) {
-  texts.instead_of["2"] = "18446744073709551616";
+  scripted.printed_instead["2"] = "18446744073709551616";
   try {
     Validate();
     FAIL() << "no exception";
@@ -311,7 +311,7 @@ TEST_F(OspfCrossException, AreaOrAddressIsNoQuad) {
   for (const char* text : {"0.0.0.8", "10.0.0.8"}) {
     SCOPED_TRACE(text);
     RenewConfig();
-    texts.instead_of = {{text, "quad"}};
+    scripted.printed_instead = {{text, "quad"}};
     errno = 0;
     try {
       Validate();
@@ -325,10 +325,10 @@ TEST_F(OspfCrossException, AreaOrAddressIsNoQuad) {
 
 // The next call reads again, on top of what was merged before.
 TEST_F(OspfCrossException, LeavesAPlugInThatGoesOn) {
-  texts.instead_of["2"] = "two";
+  scripted.printed_instead["2"] = "two";
   EXPECT_THROW(Validate(), std::invalid_argument);
   confd::WatchCalls(nullptr);
-  texts.instead_of.clear();
+  scripted.printed_instead.clear();
   EXPECT_EQ(Validate(),
             "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red "
             "area 9 (0.0.0.9)");

@@ -15,9 +15,9 @@
 
 #include "config.h"
 #include "dotted_quad.h"
-#include "support/key_texts.h"
 #include "support/ospf_json.h"
 #include "support/ospf_records.h"
+#include "support/scripted_confd.h"
 #include "support/table_fixture.h"
 
 namespace {
@@ -113,7 +113,7 @@ class OspfKeys : public tests::TableTest {
   }
 
   std::vector<std::string> quads;  // that were parsed of the second entry, in order
-  tests::KeyTexts texts;
+  tests::ScriptedConfd scripted;
   Ospfv2Config table;
 };
 
@@ -146,7 +146,7 @@ const IdCase kIdCases[] = {
 class CompoundId : public OspfKeys, public testing::WithParamInterface<IdCase> {};
 
 TEST_P(CompoundId, IsADecimalNumber) {
-  texts.instead_of["2"] = GetParam().text;
+  scripted.printed_instead["2"] = GetParam().text;
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_THAT(TextsOf(table),
               ElementsAre("l3 1: ospf 10 vrf red area 0.0.0.1: 10.0.0.1/24", GetParam().record,
@@ -180,10 +180,10 @@ const BadIdCase kBadIdCases[] = {
 class BadCompoundId : public OspfKeys, public testing::WithParamInterface<BadIdCase> {};
 
 TEST_P(BadCompoundId, LeavesTheRead) {
-  texts.instead_of["2"] = GetParam().text;
+  scripted.printed_instead["2"] = GetParam().text;
   // The id is converted first.
-  texts.instead_of["0.0.0.2"] = "no area";
-  texts.instead_of["10.0.0.2"] = "no address";
+  scripted.printed_instead["0.0.0.2"] = "no area";
+  scripted.printed_instead["10.0.0.2"] = "no address";
   try {
     table.ReadConfigIfNeeded(kIpv4);
     FAIL() << "no exception";
@@ -230,13 +230,13 @@ const BadQuadCase kBadQuadCases[] = {
 class BadQuad : public OspfKeys, public testing::WithParamInterface<BadQuadCase> {};
 
 TEST_P(BadQuad, AsAreaLeavesTheRead) {
-  texts.instead_of["0.0.0.2"] = GetParam().text;
+  scripted.printed_instead["0.0.0.2"] = GetParam().text;
   ExpectError(0, EINVAL);
   EXPECT_THAT(quads, ElementsAre(GetParam().text));
 }
 
 TEST_P(BadQuad, AsAddressLeavesTheRead) {
-  texts.instead_of["10.0.0.2"] = GetParam().text;
+  scripted.printed_instead["10.0.0.2"] = GetParam().text;
   ExpectError(0, EINVAL);
   EXPECT_THAT(quads, ElementsAre("0.0.0.2", GetParam().text));
 }
@@ -248,18 +248,18 @@ class QuadErrorCode : public OspfKeys, public testing::WithParamInterface<int> {
 
 // The code is what an earlier call left in errno: the C library's conversion does not set it.
 TEST_P(QuadErrorCode, IsErrnoAsItStood) {
-  texts.instead_of["0.0.0.2"] = "backbone";
+  scripted.printed_instead["0.0.0.2"] = "backbone";
   ExpectError(GetParam(), GetParam());
 }
 
 TEST_P(QuadErrorCode, IsErrnoAsItStoodForAnAddress) {
-  texts.instead_of["10.0.0.2"] = "no address";
+  scripted.printed_instead["10.0.0.2"] = "no address";
   ExpectError(GetParam(), GetParam());
 }
 
 // Some C library's conversion may set it.
 TEST_P(QuadErrorCode, IsErrnoOfTheConversion) {
-  texts.instead_of["0.0.0.2"] = "backbone";
+  scripted.printed_instead["0.0.0.2"] = "backbone";
   errno_of_failure = GetParam();
   ExpectError(ENOTTY, GetParam());
   errno_of_failure = 0;
@@ -274,15 +274,16 @@ TEST_P(QuadErrorCode, StaysWhenTheTextIsAnAddress) {
 INSTANTIATE_TEST_SUITE_P(Errno, QuadErrorCode, testing::Values(ENOENT, EAGAIN, EINVAL, ERANGE));
 
 TEST_F(OspfKeys, AreaIsParsedBeforeTheAddress) {
-  texts.instead_of["0.0.0.2"] = "no area";
-  texts.instead_of["10.0.0.2"] = "no address";
+  scripted.printed_instead["0.0.0.2"] = "no area";
+  scripted.printed_instead["10.0.0.2"] = "no address";
   ExpectError(0, EINVAL);
   EXPECT_THAT(quads, ElementsAre("no area"));
 }
 
 // A name without hyphen comes first: its other keys are not looked at.
 TEST_F(OspfKeys, OfASkippedEntryAreNotConverted) {
-  texts.instead_of = {{"2", "two"}, {"0.0.0.2", "area"}, {"l3-2", "l3 2"}, {"10.0.0.2", "quad"}};
+  scripted.printed_instead = {
+      {"2", "two"}, {"0.0.0.2", "area"}, {"l3-2", "l3 2"}, {"10.0.0.2", "quad"}};
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_THAT(TextsOf(table), ElementsAre("l3 1: ospf 10 vrf red area 0.0.0.1: 10.0.0.1/24",
                                           "l3 3: ospf 30 vrf red area 0.0.0.3: 10.0.0.3/24"));
@@ -298,10 +299,10 @@ constexpr char kThirdRecord[] = "l3 3: ospf 30 vrf red area 0.0.0.3: 10.0.0.3/24
 // What was merged stays, a read that ended with an exception is no read, and the next one makes all
 // calls again. An address that counted twice would hide one that was added to its interface.
 TEST_F(OspfKeys, ReadAfterAnExceptionMergesWhatIsMissing) {
-  texts.instead_of["2"] = "two";
+  scripted.printed_instead["2"] = "two";
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
   EXPECT_THAT(TextsOf(table), ElementsAre(kFirstRecord));
-  texts.instead_of.clear();
+  scripted.printed_instead.clear();
   TakeCalls();
   table.ReadConfigIfNeeded(kIpv4);
   const std::vector<std::string> calls = TakeCalls();
@@ -315,19 +316,19 @@ TEST_F(OspfKeys, ReadAfterAnExceptionMergesWhatIsMissing) {
 }
 
 TEST_F(OspfKeys, ReadAfterTwoExceptionsMergesWhatIsMissing) {
-  texts.instead_of = {{"2", "two"}};
+  scripted.printed_instead = {{"2", "two"}};
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
-  texts.instead_of = {{"3", "three"}};
+  scripted.printed_instead = {{"3", "three"}};
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
   EXPECT_THAT(TextsOf(table), ElementsAre(kFirstRecord, kSecondRecord));
-  texts.instead_of.clear();
+  scripted.printed_instead.clear();
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_THAT(TextsOf(table), ElementsAre(kFirstRecord, kSecondRecord, kThirdRecord));
 }
 
 // Key texts are cut, so two entries may have the same.
 TEST_F(OspfKeys, ReadAfterAnExceptionTellsEntriesOfOneTextApart) {
-  texts.instead_of = {
+  scripted.printed_instead = {
       {"2", "1"}, {"0.0.0.2", "0.0.0.1"}, {"l3-2", "l3-1"}, {"10.0.0.2", "10.0.0.1"}};
   int reads = 0;
   on_call = [&reads](const std::string& call) {
@@ -343,9 +344,9 @@ TEST_F(OspfKeys, ReadAfterAnExceptionTellsEntriesOfOneTextApart) {
 // The transaction after the one that could not be read has lost the first entry and has another
 // one: what was merged stays.
 TEST_F(OspfKeys, ReadAfterAnExceptionMayMeetOtherEntries) {
-  texts.instead_of["2"] = "two";
+  scripted.printed_instead["2"] = "two";
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
-  texts.instead_of.clear();
+  scripted.printed_instead.clear();
   Configure(Device{.ospf = OspfEntry(3, "0.0.0.3", "l3-3", "10.0.0.3", 24),
                    .ospf_processes = OspfProcess(3, 30, "red")});
   Bind(table);
@@ -374,9 +375,9 @@ TEST_F(OspfKeys, ReadAfterAnExceptionMergesWhatReadsOtherwise) {
                      .ospf_processes = OspfProcess(1, 10, "red")});
     Ospfv2Config fresh;
     Bind(fresh);
-    texts.instead_of["2"] = "two";
+    scripted.printed_instead["2"] = "two";
     EXPECT_THROW(fresh.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
-    texts.instead_of.clear();
+    scripted.printed_instead.clear();
     Configure(Device{.ospf = OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", change.prefix_len),
                      .ospf_processes = OspfProcess(1, change.process_id, change.vrf)});
     Bind(fresh);

@@ -7,71 +7,31 @@
 
 #include <boost/system/system_error.hpp>
 #include <cerrno>
-#include <cstdarg>
-#include <cstdio>
 #include <functional>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "confd/watch_calls.h"
-#include "confd_cdb.h"
 #include "confd_maapi.h"
 #include "support/assertion.h"
-#include "support/error_formats.h"
-#include "support/maapi_answers.h"
 #include "support/ospf_json.h"
 #include "support/point_fixture.h"
+#include "support/scripted_confd.h"
 
 namespace {
 
-// In force while set. The functions below win over those of the libraries, also for the module.
-std::function<void(maapi_cursor&)> on_entry;
-std::function<void()> on_committed_read;
-std::optional<int32_t> committed_vlan;
-std::optional<int> committed_result;
-std::function<void()> on_index_read;
+// In force while set.
 std::function<bool()> quad_parses;
-
-template <typename Function>
-Function* Original(const char* name, Function* /*type*/) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace
 
-int maapi_get_next(maapi_cursor* mc) {
-  const int result = Original("maapi_get_next", maapi_get_next)(mc);
-  if (on_entry && mc->n != 0) on_entry(*mc);
-  return result;
-}
-
-int cdb_get_int32(int sock, int32_t* rval, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  char path[200];
-  vsnprintf(path, sizeof(path), fmt, args);
-  va_end(args);
-  const int result = Original("cdb_get_int32", cdb_get_int32)(sock, rval, "%s", path);
-  if (on_committed_read) on_committed_read();
-  if (committed_vlan) *rval = *committed_vlan;
-  return committed_result.value_or(result);
-}
-
-int maapi_get_u_int32_elem(int sock, int thandle, uint32_t* rval, const char* fmt, ...) {
-  va_list args;
-  va_start(args, fmt);
-  char path[200];
-  vsnprintf(path, sizeof(path), fmt, args);
-  va_end(args);
-  if (on_index_read) on_index_read();
-  return Original("maapi_get_u_int32_elem", maapi_get_u_int32_elem)(sock, thandle, rval, "%s",
-                                                                    path);
-}
-
+// Wins over that of the library, also for the module.
 extern "C" int inet_pton(int family, const char* text, void* addr) noexcept {
+  static const auto original =
+      reinterpret_cast<decltype(&inet_pton)>(dlsym(RTLD_NEXT, "inet_pton"));
   if (quad_parses && !quad_parses()) return 0;
-  return Original("inet_pton", inet_pton)(family, text, addr);
+  return original(family, text, addr);
 }
 
 namespace tests {
@@ -82,6 +42,7 @@ using testing::IsEmpty;
 
 constexpr char kPoint[] = "lower_layer_prot_cross_validation";
 constexpr char kPath[] = "/config/interface/l3{7}/lower-layer-if";
+constexpr char kVlan[] = "/config/interface/l3{7}/lower-layer-if/vlan";
 constexpr char kFunction[] = "int ip_application::config_valid::validate_lower_layer_cross_ospfv3";
 constexpr char kRefused[] =
     "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)";
@@ -92,16 +53,8 @@ constexpr char kVlan200[] = R"({"name":"7","lower-layer-if":{"vlan":200}})";
 // From VLAN 100 to 200, with VLAN 100 in use.
 class LowerLayerFaults : public PointTest {
  protected:
-  LowerLayerFaults() {
-    ConfigureTo(kVlan200, Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000100));
-    error_formats.clear();
-  }
+  LowerLayerFaults() { ConfigureTo(kVlan200, Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000100)); }
   ~LowerLayerFaults() override {
-    on_entry = nullptr;
-    on_committed_read = nullptr;
-    committed_vlan.reset();
-    committed_result.reset();
-    on_index_read = nullptr;
     quad_parses = nullptr;
     confd::WatchCalls(nullptr);
   }
@@ -111,6 +64,16 @@ class LowerLayerFaults : public PointTest {
     Configure(Device{.l3 = kVlan100}, Device{.l3 = l3, .ospfv3 = ospfv3});
   }
 
+  // Makes the read of the committed VLAN succeed with that number.
+  void CommitVlan(int32_t vlan) { scripted_.committed[kVlan] = {.value = Int32(vlan)}; }
+
+  // Runs `action` before each call of that function.
+  void BeforeCalls(std::string_view function, const std::function<void()>& action) {
+    scripted_.on_call = [function, action](std::string_view made) {
+      if (made == function) action();
+    };
+  }
+
   std::string Validate() { return PointTest::Validate(kPoint, kPath); }
 
   // Where a call ends the process.
@@ -118,20 +81,21 @@ class LowerLayerFaults : public PointTest {
     return AssertionFailure("src/lib/validate_ip_addr_cross_ospf:" + std::to_string(line),
                             kFunction, text);
   }
+
+  ScriptedConfd scripted_;
 };
 
 TEST_F(LowerLayerFaults, RefusesWithOneTextOfThisFormat) {
   EXPECT_EQ(Validate(), kRefused);
-  EXPECT_THAT(error_formats,
+  EXPECT_THAT(scripted_.error_formats,
               ElementsAre("vlan %d cannot be changed, it is assigned to router ospfv3 %d area %u "
                           "(%s)"));
 }
 
 // Only the answer 1 means that there is a list.
 TEST_F(LowerLayerFaults, OfOtherAnswersTheListIsNotCounted) {
-  MaapiAnswers answers;
   for (const int exists : {2, 0, -1}) {
-    answers.by_path["/internal/ospfv3-interface-l3"] = {.exists = exists};
+    scripted_.answers["/internal/ospfv3-interface-l3"] = {.exists = exists};
     EXPECT_EQ(Validate(), "accepted") << exists;
     EXPECT_THAT(calls(), IsEmpty()) << exists;
   }
@@ -140,7 +104,7 @@ TEST_F(LowerLayerFaults, OfOtherAnswersTheListIsNotCounted) {
 // Whatever the failure, there was no VLAN.
 TEST_F(LowerLayerFaults, UnreadableCommittedVlanIsNone) {
   for (const int result : {CONFD_ERR, CONFD_EOF, 1}) {
-    committed_result = result;
+    scripted_.committed[kVlan] = {.read = result, .value = Int32(100)};
     EXPECT_EQ(Validate(), "accepted") << result;
     EXPECT_EQ(calls().back(), "cdb_end_session") << result;
   }
@@ -148,16 +112,16 @@ TEST_F(LowerLayerFaults, UnreadableCommittedVlanIsNone) {
 
 TEST_F(LowerLayerFaults, TakesTheCommittedVlanAsItIs) {
   EXPECT_EQ(Validate(), kRefused);
-  committed_vlan = 101;
+  CommitVlan(101);
   EXPECT_EQ(Validate(), "accepted");
-  committed_vlan = 200;
+  CommitVlan(200);
   EXPECT_EQ(Validate(), "accepted");
   EXPECT_EQ(calls().back(), "maapi_get_int32_elem /config/interface/l3{7}/lower-layer-if/vlan");
 }
 
 // The VLAN whose interface has index 0, which is also what an unreadable index counts as.
 TEST_F(LowerLayerFaults, UnreadableIndexIsZero) {
-  committed_vlan = -268435456;
+  CommitVlan(-268435456);
   EXPECT_EQ(Validate(), "accepted");
   const std::string read =
       "maapi_get_u_int32_elem /internal/ospfv3-interface-l3{ 10 0.0.0.1 l3-7 }/ospfv3-pm-if-index";
@@ -172,7 +136,7 @@ TEST_F(LowerLayerFaults, UnreadableIndexIsZero) {
 TEST_F(LowerLayerFaults, IndexOfOneEntryDoesNotStayForTheNext) {
   ConfigureTo(kVlan200, Join({Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000008),
                               Ospfv3Entry(11, "0.0.0.2", "l3-8")}));
-  committed_vlan = -268435456;
+  CommitVlan(-268435456);
   EXPECT_EQ(Validate(),
             "vlan -268435456 cannot be changed, it is assigned to router ospfv3 11 area 2 "
             "(0.0.0.2)");
@@ -181,7 +145,7 @@ TEST_F(LowerLayerFaults, IndexOfOneEntryDoesNotStayForTheNext) {
 // A VLAN that is taken away is no VLAN 0.
 TEST_F(LowerLayerFaults, RemovedVlanIsNotVlanZero) {
   ConfigureTo(R"({"name":"7"})", Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000000));
-  committed_vlan = 0;
+  CommitVlan(0);
   EXPECT_EQ(Validate(),
             "vlan 0 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)");
 }
@@ -192,7 +156,7 @@ TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrows) {
   quad_parses = [&parsed] { return ++parsed > 0; };
   EXPECT_EQ(Validate(), kRefused);
   ASSERT_GT(parsed, 0);
-  error_formats.clear();
+  scripted_.error_formats.clear();
   struct Row {
     int before;  // errno when the text is converted
     int set;     // by the conversion; 0: it leaves errno alone
@@ -207,7 +171,7 @@ TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrows) {
       if (row.set != 0) errno = row.set;
       return false;
     };
-    on_index_read = [&row] { errno = row.before; };
+    BeforeCalls("maapi_get_u_int32_elem", [&row] { errno = row.before; });
     try {
       Validate();
       FAIL() << "nothing was thrown";
@@ -216,17 +180,17 @@ TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrows) {
       EXPECT_EQ(failure.code().category(), boost::system::system_category());
     }
   }
-  EXPECT_THAT(error_formats, IsEmpty());
+  EXPECT_THAT(scripted_.error_formats, IsEmpty());
 }
 
 // The area is parsed before the process is looked at again.
 TEST_F(LowerLayerFaults, AreaThatIsNoQuadThrowsWhateverTheProcess) {
   maapi_cursor* entry = nullptr;
-  on_entry = [&entry](maapi_cursor& cursor) { entry = &cursor; };
-  on_index_read = [&entry] {
+  scripted_.on_entry = [&entry](maapi_cursor& cursor) { entry = &cursor; };
+  BeforeCalls("maapi_get_u_int32_elem", [&entry] {
     entry->keys[0].type = C_INT32;
     quad_parses = [] { return false; };
-  };
+  });
   EXPECT_THROW(Validate(), boost::system::system_error);
 }
 
@@ -259,21 +223,21 @@ TEST_F(LowerLayerFaults, NameOfTheInterfaceDoesNotMatterWithoutOspfv3) {
 
 TEST_F(LowerLayerFaultsDeathTest, NameOfTheInterfaceIsStillAText) {
   confd::Keypath keypath(candidate(), kPath);
-  on_committed_read = [&keypath] { keypath.get()->v[1][0].type = C_BINARY; };
+  BeforeCalls("cdb_get_int32", [&keypath] { keypath.get()->v[1][0].type = C_BINARY; });
   EXPECT_DEATH(PointTest::Validate(kPoint, keypath),
                EndsAt(60, "(&keypath->v[1][0])->type == C_BUF"));
 }
 
 // Area, then name, then process.
 TEST_F(LowerLayerFaultsDeathTest, KeysHaveTheirTypes) {
-  on_entry = [](maapi_cursor& entry) { entry.keys[0].type = C_INT32; };
+  scripted_.on_entry = [](maapi_cursor& entry) { entry.keys[0].type = C_INT32; };
   EXPECT_DEATH(Validate(), EndsAt(84, "(&cursor.keys[0])->type == C_UINT32"));
-  on_entry = [](maapi_cursor& entry) {
+  scripted_.on_entry = [](maapi_cursor& entry) {
     entry.keys[0].type = C_INT32;
     entry.keys[2].type = C_BINARY;
   };
   EXPECT_DEATH(Validate(), EndsAt(85, "(&cursor.keys[2])->type == C_BUF"));
-  on_entry = [](maapi_cursor& entry) {
+  scripted_.on_entry = [](maapi_cursor& entry) {
     entry.keys[0].type = C_INT32;
     entry.keys[1].type = C_UINT32;
     entry.keys[2].type = C_BINARY;
@@ -283,7 +247,7 @@ TEST_F(LowerLayerFaultsDeathTest, KeysHaveTheirTypes) {
 
 TEST_F(LowerLayerFaultsDeathTest, ProcessIsStillANumber) {
   maapi_cursor* entry = nullptr;
-  on_entry = [&entry](maapi_cursor& cursor) { entry = &cursor; };
+  scripted_.on_entry = [&entry](maapi_cursor& cursor) { entry = &cursor; };
   // Called only once the types were tested.
   quad_parses = [&entry] {
     if (entry != nullptr) entry->keys[0].type = C_INT32;

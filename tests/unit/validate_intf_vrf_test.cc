@@ -8,11 +8,8 @@
 
 #include <array>
 #include <bit>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -23,59 +20,14 @@
 #include "confd_maapi.h"
 #include "support/assertion.h"
 #include "support/config_tables.h"
-#include "support/error_formats.h"
 #include "support/keypath_builder.h"
-#include "support/maapi_answers.h"
 #include "support/ospf_json.h"
 #include "support/process_memory.h"
+#include "support/scripted_confd.h"
 #include "support/table_fixture.h"
 #include "validation_points.h"
 #include "velmor-internal.h"
 #include "velmor-ip-app.h"
-
-namespace {
-
-// What the two functions below were called with, and what they do.
-struct Expression {
-  int sock;
-  int thandle;
-  std::string text;
-  bool traced;
-  std::string context;
-};
-std::vector<Expression> expressions;
-int xpath_result = CONFD_OK;
-std::optional<std::string> xpath_answer;  // none: a null pointer
-
-struct Iteration {
-  int sock;
-  int thandle;
-  int flags;
-  void* state;
-  std::string path;
-};
-std::vector<Iteration> iterations;
-std::function<int(maapi_iterate_fn, void*)> on_iterate;
-
-}  // namespace
-
-int maapi_xpath_eval_expr(int sock, int thandle, const char* expr, char** res, void (*trace)(char*),
-                          const char* fmtpath, ...) {
-  expressions.push_back({sock, thandle, expr, trace != nullptr, fmtpath});
-  *res = xpath_answer ? strdup(xpath_answer->c_str()) : nullptr;
-  return xpath_result;
-}
-
-int maapi_keypath_diff_iterate(int sock, int thandle, maapi_iterate_fn iter, int flags,
-                               void* initstate, const char* fmtpath, ...) {
-  va_list args;
-  va_start(args, fmtpath);
-  char path[100];
-  vsnprintf(path, sizeof(path), fmtpath, args);
-  va_end(args);
-  iterations.push_back({sock, thandle, flags, initstate, path});
-  return on_iterate ? on_iterate(iter, initstate) : CONFD_OK;
-}
 
 namespace {
 
@@ -113,24 +65,25 @@ struct Heir : ValidateIntfVrf {
 };
 static_assert(!Heir::kAsksForOspfv3<Heir>);
 
+// Without changes, and with an expression that finds nothing.
+struct Unchanged : tests::ScriptedConfd {
+  Unchanged() {
+    xpath.emplace();
+    on_iterate = [](maapi_iterate_fn /*iter*/, void* /*state*/) { return CONFD_OK; };
+  }
+};
+
 class Walkers : public testing::Test {
  protected:
   Walkers() {
     tctx_.thandle = 42;
     CONFD_SET_STR(&value_, "red");
   }
-  ~Walkers() override {
-    expressions.clear();
-    iterations.clear();
-    xpath_result = CONFD_OK;
-    xpath_answer.reset();
-    on_iterate = nullptr;
-    tests::error_formats.clear();
-    free(tctx_.error.str);
-  }
+  ~Walkers() override { free(tctx_.error.str); }
 
   std::string ErrorText() const { return tctx_.error.str == nullptr ? "" : tctx_.error.str; }
 
+  Unchanged scripted_;
   confd_trans_ctx tctx_{};
   confd_value_t value_{};
   ValidateIntfLoVrf lo_{7, &tctx_, "/config/interface/loopback"};
@@ -142,15 +95,15 @@ class Walkers : public testing::Test {
 TEST_F(Walkers, WalkTheirPathWithThemselvesAsState) {
   for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_, &ospf_, &ospfv3_}) {
     EXPECT_EQ(walker->RunValidation(), 0);
-    ASSERT_FALSE(iterations.empty());
-    const Iteration& made = iterations.back();
+    ASSERT_FALSE(scripted_.iterations.empty());
+    const tests::ScriptedConfd::Iteration& made = scripted_.iterations.back();
     EXPECT_EQ(made.sock, 7);
     EXPECT_EQ(made.thandle, 42);
     EXPECT_EQ(made.flags, 0);
     EXPECT_EQ(made.state, walker);
   }
   std::vector<std::string> paths;
-  for (const Iteration& made : iterations) paths.push_back(made.path);
+  for (const auto& made : scripted_.iterations) paths.push_back(made.path);
   EXPECT_THAT(paths, ElementsAre("/config/interface/loopback", "/config/interface/l3",
                                  "/internal/ospf-interface-l3", "/internal/ospfv3-interface-l3"));
   EXPECT_EQ(ErrorText(), "");
@@ -211,7 +164,7 @@ TEST_F(Walkers, GetEveryChangeAsItIs) {
   confd_value_t newval{};
   for (const confd_iter_ret answer : {ITER_STOP, ITER_RECURSE, ITER_CONTINUE}) {
     walker.answer_ = answer;
-    on_iterate = [&](maapi_iterate_fn iter, void* state) {
+    scripted_.on_iterate = [&](maapi_iterate_fn iter, void* state) {
       EXPECT_EQ(iter(&keypath, MOP_DELETED, &oldval, &newval, state), answer);
       return CONFD_OK;
     };
@@ -229,14 +182,14 @@ TEST_F(Walkers, RefuseWhenThereIsAText) {
     for (const std::string text : {"", "100%s"}) {
       Noting walker(7, &tctx_, "/x");
       walker.text_ = text;
-      on_iterate = [result](maapi_iterate_fn iter, void* state) {
+      scripted_.on_iterate = [result](maapi_iterate_fn iter, void* state) {
         iter(nullptr, MOP_CREATED, nullptr, nullptr, state);
         return result;
       };
-      tests::error_formats.clear();
+      scripted_.error_formats.clear();
       EXPECT_EQ(walker.RunValidation(), text.empty() ? 0 : -1);
       EXPECT_EQ(ErrorText(), text);
-      EXPECT_EQ(tests::error_formats, std::vector<std::string>(text.empty() ? 0 : 1, "%s"));
+      EXPECT_EQ(scripted_.error_formats, std::vector<std::string>(text.empty() ? 0 : 1, "%s"));
       free(tctx_.error.str);
       tctx_.error.str = nullptr;
     }
@@ -244,17 +197,17 @@ TEST_F(Walkers, RefuseWhenThereIsAText) {
 }
 
 TEST_F(Walkers, AskForOneNameBelowInternal) {
-  xpath_answer = "";
+  scripted_.xpath->text = "";
   KeypathBuilder path;
   path.Tag(ipapp_vrf).Key("wan-1");
   EXPECT_EQ(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
   EXPECT_EQ(lo_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
-  ASSERT_EQ(expressions.size(), 2u);
-  EXPECT_EQ(expressions[0].text,
+  ASSERT_EQ(scripted_.expressions.size(), 2u);
+  EXPECT_EQ(scripted_.expressions[0].text,
             "ospfv3-interface-l3[ospfv3-pm-if-name='l3-wan-1']/ospfv3-pm-if-name");
-  EXPECT_EQ(expressions[1].text,
+  EXPECT_EQ(scripted_.expressions[1].text,
             "ospfv3-interface-l3[ospfv3-pm-if-name='loopback-wan-1']/ospfv3-pm-if-name");
-  for (const Expression& made : expressions) {
+  for (const auto& made : scripted_.expressions) {
     EXPECT_EQ(made.sock, 7);
     EXPECT_EQ(made.thandle, 42);
     EXPECT_FALSE(made.traced);
@@ -266,9 +219,9 @@ TEST_F(Walkers, CutTheExpressionAt1023Bytes) {
   KeypathBuilder path;
   path.Tag(ipapp_vrf).Key(std::string(1100, 'n'));
   EXPECT_EQ(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
-  ASSERT_EQ(expressions.size(), 1u);
+  ASSERT_EQ(scripted_.expressions.size(), 1u);
   const std::string begin = "ospfv3-interface-l3[ospfv3-pm-if-name='l3-";
-  EXPECT_EQ(expressions[0].text, begin + std::string(1023 - begin.size(), 'n'));
+  EXPECT_EQ(scripted_.expressions[0].text, begin + std::string(1023 - begin.size(), 'n'));
 }
 
 struct AnswerCase {
@@ -283,8 +236,8 @@ std::ostream& operator<<(std::ostream& out, const AnswerCase& c) { return out <<
 class XPathAnswer : public Walkers, public testing::WithParamInterface<AnswerCase> {};
 
 TEST_P(XPathAnswer, Decides) {
-  xpath_result = GetParam().result;
-  xpath_answer = GetParam().answer;
+  scripted_.xpath->result = GetParam().result;
+  scripted_.xpath->text = GetParam().answer;
   KeypathBuilder path;
   path.Tag(ipapp_vrf).Key("7");
   EXPECT_EQ(l3_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), GetParam().verdict);
@@ -311,11 +264,11 @@ size_t HeapBytes() {
 // has no size, and its report of leaks speaks instead.
 TEST_F(Walkers, FreeTheAnswer) {
   constexpr size_t kSize = 1 << 20;
-  xpath_answer = std::string(kSize, 'x');
+  scripted_.xpath->text = std::string(kSize, 'x');
   KeypathBuilder path;
   path.Tag(ipapp_vrf).Key("7");
   for (const int result : {CONFD_OK, CONFD_ERR}) {
-    xpath_result = result;
+    scripted_.xpath->result = result;
     for (ValidateIntfVrf* walker : std::vector<ValidateIntfVrf*>{&lo_, &l3_}) {
       const size_t before = HeapBytes();
       walker->IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_);
@@ -326,7 +279,7 @@ TEST_F(Walkers, FreeTheAnswer) {
 
 // Whatever the keypath: other operations are not looked at.
 TEST_F(Walkers, PassEveryOtherOperation) {
-  xpath_answer = "l3-7";
+  scripted_.xpath->text = "l3-7";
   KeypathBuilder path;
   path.Key("no tag").Tag(1);
   for (const confd_iter_op op :
@@ -336,12 +289,12 @@ TEST_F(Walkers, PassEveryOtherOperation) {
     }
   }
   EXPECT_EQ(ospf_.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
-  EXPECT_THAT(expressions, IsEmpty());
+  EXPECT_THAT(scripted_.expressions, IsEmpty());
 }
 
 // The type of what is behind another leaf, or behind no value, does not matter.
 TEST_F(Walkers, PassOtherLeavesAndMissingValues) {
-  xpath_answer = "l3-7";
+  scripted_.xpath->text = "l3-7";
   KeypathBuilder vrf;
   vrf.Tag(ipapp_vrf).Tag(1);
   KeypathBuilder name;
@@ -352,7 +305,7 @@ TEST_F(Walkers, PassOtherLeavesAndMissingValues) {
   }
   EXPECT_EQ(ospfv3_.IterValidate(name.get(), MOP_VALUE_SET, nullptr, nullptr), ITER_RECURSE);
   EXPECT_EQ(ospfv3_.IterValidate(vrf.get(), MOP_VALUE_SET, nullptr, &value_), ITER_RECURSE);
-  EXPECT_THAT(expressions, IsEmpty());
+  EXPECT_THAT(scripted_.expressions, IsEmpty());
 }
 
 using WalkersDeathTest = Walkers;
@@ -412,7 +365,7 @@ class WalkerReads : public tests::TableTest {
 
   Config config_;
   std::unique_ptr<ValidateIntfVrf> walker_;
-  tests::MaapiAnswers answers_;
+  Unchanged scripted_;
 };
 
 constexpr char kL3[] = "/config/interface/l3";
@@ -431,7 +384,7 @@ TEST_F(WalkerReads, OfAnAddress) {
     EXPECT_EQ(TakeCalls().size(), failing + 1);
   }
   FailCalls({});
-  answers_.by_path[kIp].exists = 2;
+  scripted_.answers[kIp].exists = 2;
   EXPECT_TRUE(walker_->get_ipv4_addr_mask(kIp).IsUnspecified());
 }
 
@@ -459,7 +412,7 @@ TEST_F(WalkerReads, OfFirstKeys) {
     TakeCalls();
   }
   FailCalls({});
-  answers_.by_path[kL3].exists = 2;
+  scripted_.answers[kL3].exists = 2;
   EXPECT_THAT(walker_->get_key_list(kL3), IsEmpty());
 }
 
@@ -470,8 +423,8 @@ TEST_F(WalkerReads, OfPathsThatHoldAPercentSign) {
                                           "secondary":[{"ip":"10.0.0.1/8"}]}}})"});
   EXPECT_EQ(walker_->get_ipv4_addr_mask(primary).to_string(), "192.0.2.1/24");
   EXPECT_THAT(walker_->get_key_list(list), ElementsAre("10.0.0.1/8"));
-  EXPECT_THAT(answers_.formats, ElementsAre("maapi_exists %s", "maapi_get_ipv4_and_plen_elem %s",
-                                            "maapi_exists %s", "maapi_init_cursor %s"));
+  EXPECT_THAT(scripted_.formats, ElementsAre("maapi_exists %s", "maapi_get_ipv4_and_plen_elem %s",
+                                             "maapi_exists %s", "maapi_init_cursor %s"));
 }
 
 // Only the answer 1 means that there is a VRF.
@@ -485,11 +438,11 @@ TEST_F(WalkerReads, OfTheVrfOfAnOspfv3Interface) {
   CONFD_SET_BUF(&value, reinterpret_cast<unsigned char*>(name.data()),
                 static_cast<unsigned int>(name.size()));
   for (const int exists : {-1, 0, 1, 2}) {
-    answers_.by_path["/config/interface/l3{7}/vrf"].exists = exists;
+    scripted_.answers["/config/interface/l3{7}/vrf"].exists = exists;
     EXPECT_EQ(walker.IterValidate(path.get(), MOP_VALUE_SET, nullptr, &value),
               exists == 1 ? ITER_STOP : ITER_RECURSE);
   }
-  EXPECT_THAT(answers_.formats, testing::Each("maapi_exists /config/interface/l3{%s}/vrf"));
+  EXPECT_THAT(scripted_.formats, testing::Each("maapi_exists /config/interface/l3{%s}/vrf"));
 }
 
 // What the point walks ----------------------------------------------------------------------------
@@ -520,13 +473,13 @@ class ShapeWithoutAWalk : public Point, public testing::WithParamInterface<Shape
 
 TEST_P(ShapeWithoutAWalk, IsAccepted) {
   ConfigureAndBind({});
-  iterations.clear();
+  scripted_.iterations.clear();
   KeypathBuilder path;
   for (int i = 0; i < GetParam().length; ++i) {
     path.Tag(i == GetParam().element ? GetParam().tag : 1);
   }
   EXPECT_EQ(Validate(path.get()), 0);
-  EXPECT_THAT(iterations, IsEmpty());
+  EXPECT_THAT(scripted_.iterations, IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, ShapeWithoutAWalk, testing::ValuesIn(kShapesWithoutAWalk),
@@ -537,7 +490,7 @@ int walkers_destroyed = 0;
 
 TEST_F(Point, DestroysTheWalker) {
   ConfigureAndBind({});
-  on_iterate = [](maapi_iterate_fn /*iter*/, void* state) {
+  scripted_.on_iterate = [](maapi_iterate_fn /*iter*/, void* state) {
     walker_at_work = state;
     return CONFD_OK;
   };
@@ -551,7 +504,6 @@ TEST_F(Point, DestroysTheWalker) {
     EXPECT_EQ(walkers_destroyed, 1);
     walker_at_work = nullptr;
   }
-  on_iterate = nullptr;
 }
 
 using PointDeathTest = WalkerReads;

@@ -16,14 +16,27 @@
 #include "support/assertion.h"
 #include "support/config_tables.h"
 #include "support/keypath_builder.h"
+#include "support/scripted_confd.h"
 #include "velmor-ip-app.h"
 
 namespace ip_application::config_valid {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using tests::AllTables;
 using tests::KeypathBuilder;
+
+// No test here lets a table ask ConfD.
+class NothingIsAsked : public testing::Environment {
+ public:
+  void TearDown() override { EXPECT_THAT(scripted_.TakeCalls(), IsEmpty()); }
+
+ private:
+  tests::ScriptedConfd scripted_;
+};
+[[maybe_unused]] const auto* const nothing_is_asked =
+    testing::AddGlobalTestEnvironment(new NothingIsAsked);
 
 static_assert(static_cast<int>(ConfigAddrFamily::IPv4) == 4);
 static_assert(static_cast<int>(ConfigAddrFamily::IPv6) == 6);

@@ -9,14 +9,15 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "config.h"
 #include "framework/host.h"
 #include "ip_app_validation/ip_app_validation.h"
 #include "static_route_config.h"
 #include "support/config_tables.h"
-#include "support/fake_maapi.h"
 #include "support/keypath_builder.h"
+#include "support/scripted_confd.h"
 #include "validation_points.h"
 #include "velmor-ip-app.h"
 
@@ -25,8 +26,9 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tests::FakeMaapi;
 using tests::KeypathBuilder;
+using tests::ScriptedConfd;
+using tests::Uint16;
 
 constexpr char kContextName[] = "ip_app_validation";
 constexpr char kIntervalSentence[] =
@@ -59,9 +61,9 @@ class ValidateEntry : public testing::Test {
   // was reached.
   void BreakRouterAdvertisement() {
     const std::string ra = "/config/interface/l3{7}/ipv6/nd/ra/";
-    fake_.leaves[ra + "max-interval"] = {.exists = 1, .value = 600};
-    fake_.leaves[ra + "min-interval"] = {.exists = 1, .value = 600};
-    fake_.leaves[ra + "lifetime"] = {.exists = 1, .value = 600};
+    scripted_.answers[ra + "max-interval"] = {.exists = 1, .value = Uint16(600)};
+    scripted_.answers[ra + "min-interval"] = {.exists = 1, .value = Uint16(600)};
+    scripted_.answers[ra + "lifetime"] = {.exists = 1, .value = Uint16(600)};
   }
 
   Config& config() { return *static_cast<Config*>(context_); }
@@ -73,7 +75,7 @@ class ValidateEntry : public testing::Test {
     }
   }
 
-  FakeMaapi fake_;
+  ScriptedConfd scripted_{ScriptedConfd::Unscripted::kFails};
   void* context_ = nullptr;
   framework::Daemon daemon_{.maapi_socket = 7, .cdb_socket = -1};
   framework::ContextRegistry registry_;
@@ -91,7 +93,7 @@ TEST_F(ValidateEntry, NullArgumentsAreRefusedWithoutText) {
   EXPECT_EQ(validate(&tctx_, keypath_.get(), nullptr), -1);
   EXPECT_EQ(validate(nullptr, keypath_.get(), &newval_), -1);
   EXPECT_EQ(validate(nullptr, nullptr, nullptr), -1);
-  EXPECT_THAT(fake_.TakeCalls(), IsEmpty());
+  EXPECT_THAT(scripted_.TakeCalls(), IsEmpty());
   ExpectBound(-1, nullptr);
 }
 
@@ -102,7 +104,7 @@ TEST_F(ValidateEntry, WithoutMaapiSocketIsRefusedWithoutText) {
   }
   tctx_.vcb_opaque = nullptr;
   EXPECT_EQ(Validate("intf_vrf_validation"), -1);
-  EXPECT_THAT(fake_.TakeCalls(), IsEmpty());
+  EXPECT_THAT(scripted_.TakeCalls(), IsEmpty());
   ExpectBound(-1, nullptr);
 }
 
@@ -118,23 +120,23 @@ TEST_F(ValidateEntry, WithoutContextIsRefusedWithAFixedText) {
   registry.Register("ip_app_validation2", context_);
   tctx_.v_opaque = &registry;
   EXPECT_EQ(Validate("intf_vrf_validation"), -1);
-  EXPECT_EQ(fake_.error, "Lib context is null!");
-  EXPECT_EQ(fake_.refused, &tctx_);
-  EXPECT_THAT(fake_.TakeCalls(), ElementsAre("confd_trans_seterr(\"Lib context is null!\")"));
+  EXPECT_EQ(scripted_.error, "Lib context is null!");
+  EXPECT_EQ(scripted_.refused, &tctx_);
+  EXPECT_THAT(scripted_.TakeCalls(), ElementsAre("confd_trans_seterr(\"Lib context is null!\")"));
   ExpectBound(-1, nullptr);
 }
 
 TEST_F(ValidateEntry, WithoutRegistryIsRefusedWithTheSameText) {
   tctx_.v_opaque = nullptr;
   EXPECT_EQ(Validate("unknown"), -1);
-  EXPECT_THAT(fake_.TakeCalls(), ElementsAre("confd_trans_seterr(\"Lib context is null!\")"));
+  EXPECT_THAT(scripted_.TakeCalls(), ElementsAre("confd_trans_seterr(\"Lib context is null!\")"));
 }
 
 TEST_F(ValidateEntry, TheSocketIsAskedForBeforeTheContext) {
   daemon_.maapi_socket = -1;
   tctx_.v_opaque = nullptr;
   EXPECT_EQ(Validate("intf_vrf_validation"), -1);
-  EXPECT_THAT(fake_.TakeCalls(), IsEmpty());
+  EXPECT_THAT(scripted_.TakeCalls(), IsEmpty());
 }
 
 TEST_F(ValidateEntry, EveryCallBindsTheConfigAnew) {
@@ -151,19 +153,19 @@ TEST_F(ValidateEntry, EveryCallBindsTheConfigAnew) {
 
 TEST_F(ValidateEntry, AnAcceptedCallSetsNoText) {
   EXPECT_EQ(Validate("validate_ipv6_nd_ra_interval"), 0);
-  EXPECT_EQ(fake_.error, std::nullopt);
+  EXPECT_EQ(scripted_.error, std::nullopt);
 }
 
 TEST_F(ValidateEntry, ThePointGetsSocketTransactionAndKeypath) {
   BreakRouterAdvertisement();
   EXPECT_EQ(Validate("validate_ipv6_nd_ra_interval"), -1);
-  EXPECT_EQ(fake_.refused, &tctx_);
-  EXPECT_EQ(fake_.TakeCalls().front(),
+  EXPECT_EQ(scripted_.refused, &tctx_);
+  EXPECT_EQ(scripted_.TakeCalls().front(),
             "maapi_exists(7, 42, \"/config/interface/l3{7}/ipv6/nd/ra/max-interval\")");
 }
 
 TEST_F(ValidateEntry, ExceptionsPassThrough) {
-  fake_.on_call = [] { throw std::invalid_argument("stoul"); };
+  scripted_.on_call = [](std::string_view /*function*/) { throw std::invalid_argument("stoul"); };
   EXPECT_THROW(Validate("validate_ipv6_nd_ra_interval"), std::invalid_argument);
 }
 
@@ -212,7 +214,7 @@ class EveryRow : public ValidateEntry, public testing::WithParamInterface<RowCas
 
 TEST_P(EveryRow, AcceptsWhenNothingIsConfigured) {
   EXPECT_EQ(Validate(name()), 0);
-  EXPECT_EQ(fake_.error, std::nullopt);
+  EXPECT_EQ(scripted_.error, std::nullopt);
 }
 
 TEST_P(EveryRow, IsReachedWithCharactersBehindItsName) {
@@ -225,7 +227,7 @@ TEST_P(EveryRow, IsNotReachedByPartOfItsName) {
   EXPECT_EQ(Validate(name().substr(0, name().size() - 1)), -1);
   EXPECT_EQ(Validate(name().substr(1)), -1);
   EXPECT_EQ(Validate(" " + name()), -1);
-  EXPECT_EQ(fake_.error, std::nullopt);
+  EXPECT_EQ(scripted_.error, std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, EveryRow, testing::ValuesIn(kRows),
@@ -258,12 +260,12 @@ TEST_P(Dispatch, ByTheBeginningOfTheOpaqueString) {
   BreakRouterAdvertisement();
   EXPECT_EQ(Validate(GetParam().opaque), GetParam().result);
   if (GetParam().error == nullptr) {
-    EXPECT_EQ(fake_.error, std::nullopt);
+    EXPECT_EQ(scripted_.error, std::nullopt);
   } else {
-    EXPECT_EQ(fake_.error, GetParam().error);
+    EXPECT_EQ(scripted_.error, GetParam().error);
   }
   if (GetParam().result != 0 && GetParam().error == nullptr) {
-    EXPECT_THAT(fake_.TakeCalls(), IsEmpty());  // no row was reached
+    EXPECT_THAT(scripted_.TakeCalls(), IsEmpty());  // no row was reached
   }
   // An unknown name, too, leaves the Config bound.
   ExpectBound(7, &tctx_);
@@ -356,9 +358,9 @@ TEST_P(Refusal, SetsItsTextOnceAsAnArgument) {
   GetParam().fill(config());
   CONFD_SET_XMLTAG(&keypath_.get()->v[0][0], GetParam().tag, 1);
   EXPECT_EQ(Validate(GetParam().point), -1);
-  EXPECT_EQ(fake_.error, GetParam().error);
-  EXPECT_EQ(fake_.refused, &tctx_);
-  EXPECT_THAT(fake_.TakeCalls(), ElementsAre("confd_trans_seterr(\"%s\")"));
+  EXPECT_EQ(scripted_.error, GetParam().error);
+  EXPECT_EQ(scripted_.refused, &tctx_);
+  EXPECT_THAT(scripted_.TakeCalls(), ElementsAre("confd_trans_seterr(\"%s\")"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Points, Refusal, testing::ValuesIn(kRefusals),

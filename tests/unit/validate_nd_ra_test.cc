@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -13,8 +12,8 @@
 #include "framework/host.h"
 #include "support/assertion.h"
 #include "support/config_tables.h"
-#include "support/fake_maapi.h"
 #include "support/keypath_builder.h"
+#include "support/scripted_confd.h"
 #include "validation_points.h"
 #include "velmor-ip-app.h"
 
@@ -24,9 +23,10 @@ using ip_application::config_valid::Config;
 using ip_application::config_valid::ValidationPointFn;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tests::FakeLeaf;
-using tests::FakeMaapi;
+using tests::Answer;
 using tests::KeypathBuilder;
+using tests::ScriptedConfd;
+using tests::Uint16;
 
 constexpr uint32_t kRaTag = 101;
 constexpr uint32_t kNdTag = 102;
@@ -34,13 +34,13 @@ constexpr uint32_t kIpv6Tag = 103;
 constexpr uint32_t kInterfaceTag = 104;
 
 // States of a leaf.
-FakeLeaf Configured(uint16_t value) { return {.exists = 1, .value = value}; }
-FakeLeaf Absent() { return {.exists = 0, .value = std::nullopt}; }
-FakeLeaf DefaultOnly(uint16_t value) { return {.exists = 0, .value = value}; }
-FakeLeaf Unreadable() { return {.exists = 1, .value = std::nullopt}; }
-FakeLeaf ReadGivesOne() { return {.exists = 1, .value = std::nullopt, .failure = 1}; }
-FakeLeaf ExistsFails(uint16_t value) { return {.exists = -1, .value = value}; }
-FakeLeaf ExistsIsTwo(uint16_t value) { return {.exists = 2, .value = value}; }
+Answer Configured(uint16_t value) { return {.exists = 1, .value = Uint16(value)}; }
+Answer Absent() { return {.exists = 0}; }
+Answer DefaultOnly(uint16_t value) { return {.exists = 0, .value = Uint16(value)}; }
+Answer Unreadable() { return {.exists = 1}; }
+Answer ReadGivesOne() { return {.exists = 1, .read = 1}; }
+Answer ExistsFails(uint16_t value) { return {.exists = -1, .value = Uint16(value)}; }
+Answer ExistsIsTwo(uint16_t value) { return {.exists = 2, .value = Uint16(value)}; }
 
 class NdRa : public testing::Test {
  protected:
@@ -59,15 +59,15 @@ class NdRa : public testing::Test {
   }
 
   std::string Validate(ValidationPointFn point, KeypathBuilder& path) {
-    fake_.error.reset();
+    scripted_.error.reset();
     const int result = point(7, &tctx_, path.get(), nullptr, config_);
-    if (result == 0) return fake_.error.has_value() ? "accepted with a text" : "accepted";
+    if (result == 0) return scripted_.error.has_value() ? "accepted with a text" : "accepted";
     EXPECT_EQ(result, -1);
-    EXPECT_EQ(fake_.refused, &tctx_);
-    return fake_.error.value_or("refused");
+    EXPECT_EQ(scripted_.refused, &tctx_);
+    return scripted_.error.value_or("refused");
   }
 
-  FakeMaapi fake_;
+  ScriptedConfd scripted_{ScriptedConfd::Unscripted::kFails};
   confd_trans_ctx tctx_{};
   Config config_;
 };
@@ -75,8 +75,8 @@ class NdRa : public testing::Test {
 struct RaCase {
   const char* name;
   uint32_t list;
-  FakeLeaf max;
-  FakeLeaf other;  // min-interval or lifetime
+  Answer max;
+  Answer other;  // min-interval or lifetime
   const char* verdict;
   const char* reads;  // leaves asked for, in order: ? exists, = read; M maximum, o the other
 };
@@ -94,8 +94,8 @@ class RaRows : public NdRa, public testing::WithParamInterface<RaCase> {
     const std::string ra = "/config/interface/" + list + "{7}/ipv6/nd/ra/";
     const std::string max_path = ra + "max-interval";
     const std::string other_path = ra + other_leaf;
-    fake_.leaves[max_path] = c.max;
-    fake_.leaves[other_path] = c.other;
+    scripted_.answers[max_path] = c.max;
+    scripted_.answers[other_path] = c.other;
 
     const std::string verdict = c.verdict;
     const bool skipped = verdict == "skipped";
@@ -109,7 +109,7 @@ class RaRows : public NdRa, public testing::WithParamInterface<RaCase> {
           (read[1] == 'M' ? max_path : other_path) + "\")");
     }
     if (refused) calls.push_back("confd_trans_seterr(\"" + verdict + "\")");
-    EXPECT_EQ(fake_.TakeCalls(), calls);
+    EXPECT_EQ(scripted_.TakeCalls(), calls);
 
     std::vector<std::string> log;
     if (skipped) {
@@ -258,7 +258,7 @@ class BothPoints : public NdRa, public testing::WithParamInterface<PointCase> {
   // What the point asks for first: the path of the maximum interval, as passed.
   std::string MaximumAskedFor(uint32_t list_tag, const std::string& name) {
     Validate(GetParam().point, list_tag, name);
-    const std::vector<std::string> calls = fake_.TakeCalls();
+    const std::vector<std::string> calls = scripted_.TakeCalls();
     return calls.empty() ? "nothing" : calls.front();
   }
 };
@@ -268,7 +268,7 @@ TEST_P(BothPoints, RefuseOtherInterfacesWithoutReading) {
     EXPECT_EQ(Validate(GetParam().point, tag, "7"),
               "invalid interface being handled by IP-App validation");
     EXPECT_THAT(
-        fake_.TakeCalls(),
+        scripted_.TakeCalls(),
         ElementsAre(
             "confd_trans_seterr(\"invalid interface being handled by IP-App validation\")"));
   }
@@ -294,11 +294,11 @@ TEST_P(BothPoints, CutTheNameAtItsFirstZeroByte) {
 // Deliberate: the path is itself the format, so that "%%" in a name is looked up as "%".
 TEST_P(BothPoints, PassThePathAsTheFormat) {
   const std::string ra = "/config/interface/l3{50%}/ipv6/nd/ra/";
-  fake_.leaves[ra + "max-interval"] = Configured(4);
-  fake_.leaves[ra + "min-interval"] = Configured(3);
-  fake_.leaves[ra + "lifetime"] = Configured(9);
+  scripted_.answers[ra + "max-interval"] = Configured(4);
+  scripted_.answers[ra + "min-interval"] = Configured(3);
+  scripted_.answers[ra + "lifetime"] = Configured(9);
   EXPECT_EQ(Validate(GetParam().point, ipapp_l3, "50%%"), "accepted");
-  EXPECT_EQ(fake_.TakeCalls().size(), 3u);
+  EXPECT_EQ(scripted_.TakeCalls().size(), 3u);
   EXPECT_THAT(framework::TakeLogLines(), IsEmpty());
 }
 
@@ -318,17 +318,17 @@ TEST_P(BothPoints, LookAtNoNamespace) {
       KeypathBuilder path;
       path.Tag(kRaTag).Tag(kNdTag).Tag(kIpv6Tag).Key("7").Tag(tag, ns).Tag(kInterfaceTag);
       EXPECT_EQ(Validate(GetParam().point, path), "accepted");
-      EXPECT_EQ(fake_.TakeCalls().front(), "maapi_exists(7, 42, \"/config/interface/" + list +
-                                               "{7}/ipv6/nd/ra/max-interval\")");
+      EXPECT_EQ(scripted_.TakeCalls().front(), "maapi_exists(7, 42, \"/config/interface/" + list +
+                                                   "{7}/ipv6/nd/ra/max-interval\")");
     }
   }
 }
 
 TEST_P(BothPoints, TouchNoTable) {
   const std::string ra = "/config/interface/l3{7}/ipv6/nd/ra/";
-  fake_.leaves[ra + "max-interval"] = Configured(4);
-  fake_.leaves[ra + "min-interval"] = Configured(3);
-  fake_.leaves[ra + "lifetime"] = Configured(9);
+  scripted_.answers[ra + "max-interval"] = Configured(4);
+  scripted_.answers[ra + "min-interval"] = Configured(3);
+  scripted_.answers[ra + "lifetime"] = Configured(9);
   EXPECT_EQ(Validate(GetParam().point, ipapp_l3, "7"), "accepted");
   for (const auto* table : tests::AllTables(config_)) {
     EXPECT_FALSE(table->ipv4_read_ || table->ipv6_read_);

@@ -12,26 +12,11 @@
 #include "confd_maapi.h"
 #include "support/point_fixture.h"
 #include "support/route_json.h"
+#include "support/scripted_confd.h"
 #include "ztconfd.h"
 
 namespace ip_application::config_valid {
 class Config;
-}
-
-namespace {
-
-// The cursor as the last step left it.
-maapi_cursor last_step;
-
-}  // namespace
-
-// Wins over libconfd's, which it calls, also for the module.
-int maapi_get_next(maapi_cursor* mc) {
-  using Step = int (*)(maapi_cursor*);
-  static const auto step = reinterpret_cast<Step>(dlsym(RTLD_NEXT, "maapi_get_next"));
-  const int result = step(mc);
-  last_step = *mc;
-  return result;
 }
 
 namespace tests {
@@ -483,6 +468,7 @@ TEST_F(RoutePoints, DoNotLookAtSocketKeypathAndValue) {
 // A name too short to have its third character replaced. Nobody catches the exception, the error
 // text stays unset and the cursor open.
 TEST_F(RoutePoints, LetTheExceptionOfAShortOutputNamePass) {
+  ScriptedConfd scripted;
   for (const char* point : {kIpv4Route, kIpv6Route, kL3Intf}) {
     RenewConfig();
     Configure(DeviceOf(kL3Seven, {{0, "10.0.0.0/8", "192.0.2.2", "l"}}));
@@ -496,8 +482,8 @@ TEST_F(RoutePoints, LetTheExceptionOfAShortOutputNamePass) {
                  std::out_of_range)
         << point;
     EXPECT_FALSE(context.has_error());
-    ASSERT_NE(last_step.n, 0);
-    maapi_destroy_cursor(&last_step);  // in place of the point
+    ASSERT_NE(scripted.cursor.n, 0);
+    maapi_destroy_cursor(&scripted.cursor);  // in place of the point
   }
 }
 

@@ -10,17 +10,12 @@
 #include <vector>
 
 #include "confd/transaction.h"
-#include "confd_maapi.h"
 #include "store/diff.h"
-#include "store/schema.h"
 #include "store/snapshot.h"
+#include "confd_maapi.h"
+#include "support/data_model.h"
 
 namespace {
-
-std::shared_ptr<const store::Schema> DeviceSchema() {
-  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  return schema;
-}
 
 std::string Octets(int64_t number) {
   char text[16];
@@ -69,14 +64,14 @@ std::string ConfigurationText(int64_t size, int interval, Tables tables) {
 }
 
 std::shared_ptr<const store::Snapshot> Configuration(int64_t size, int interval, Tables tables) {
-  return store::Snapshot::FromText(DeviceSchema(), ConfigurationText(size, interval, tables));
+  return store::Snapshot::FromText(tests::DataModel(), ConfigurationText(size, interval, tables));
 }
 
 // A transaction over a configuration of `size` interfaces and routes, read in a random order.
 class Transaction {
  public:
   explicit Transaction(int64_t size)
-      : store_(store::Snapshot::Empty(DeviceSchema())),
+      : store_(store::Snapshot::Empty(tests::DataModel())),
         thandle_(store_.StartTransaction(Configuration(size, 600, Tables::kAll))),
         sock_(store_.OpenSocket()) {
     store_.Attach(sock_, thandle_);
@@ -187,8 +182,8 @@ void BM_DiffFresh(benchmark::State& state, Tables tables) {
   const std::string candidate_text = ConfigurationText(state.range(0), 601, tables);
   for (auto _ : state) {
     state.PauseTiming();
-    auto running = store::Snapshot::FromText(DeviceSchema(), running_text);
-    auto candidate = store::Snapshot::FromText(DeviceSchema(), candidate_text);
+    auto running = store::Snapshot::FromText(tests::DataModel(), running_text);
+    auto candidate = store::Snapshot::FromText(tests::DataModel(), candidate_text);
     state.ResumeTiming();
     if (CountChanges(*running, *candidate) != 2) state.SkipWithError("other changes");
     state.PauseTiming();
@@ -211,7 +206,7 @@ void BM_DiffWarm(benchmark::State& state, Tables tables) {
 
 // Every interface and route is new.
 void BM_DiffFromEmpty(benchmark::State& state, Tables tables) {
-  const auto running = store::Snapshot::Empty(DeviceSchema());
+  const auto running = store::Snapshot::Empty(tests::DataModel());
   const auto candidate = Configuration(state.range(0), 600, tables);
   int changes = 0;
   for (auto _ : state) changes = CountChanges(*running, *candidate);

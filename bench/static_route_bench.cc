@@ -13,11 +13,11 @@
 #include <vector>
 
 #include "confd/transaction.h"
+#include "store/snapshot.h"
 #include "config.h"
 #include "growth.h"
 #include "static_route_config.h"
-#include "store/schema.h"
-#include "store/snapshot.h"
+#include "support/data_model.h"
 #include "validate_config.h"
 
 namespace {
@@ -64,8 +64,7 @@ std::string HexList(uint32_t address) {
 uint32_t Network(int i) { return 0x64400000u + 4u * static_cast<uint32_t>(i); }
 uint32_t NextHop(int i) { return i % 2 == 0 ? 0 : 0x0a000002u + 4u * static_cast<uint32_t>(i); }
 
-std::shared_ptr<const store::Snapshot> MakeSnapshot(
-    const std::shared_ptr<const store::Schema>& schema, int size) {
+std::shared_ptr<const store::Snapshot> MakeSnapshot(int size) {
   std::string entries;
   for (int i = 0; i < size; ++i) {
     const std::string network = HexList(Network(i));
@@ -76,7 +75,7 @@ std::shared_ptr<const store::Snapshot> MakeSnapshot(
                R"("rtmStaticRtNextHopAddr":")" + next_hop + R"("})";
   }
   return store::Snapshot::FromText(
-      schema,
+      tests::DataModel(),
       R"({"KX-RTM-MIB:KX-RTM-MIB":{"rtmStaticRtTable":{"rtmStaticRtEntry":[)" + entries + "]}}}");
 }
 
@@ -117,9 +116,9 @@ bool LookUpBlackHoles(const StaticRouteConfig& table, std::shared_ptr<StaticRout
   return false;
 }
 
-double LoadSeconds(const std::shared_ptr<const store::Schema>& schema, int size, int repetitions) {
-  const auto snapshot = MakeSnapshot(schema, size);
-  confd::Datastore store(store::Snapshot::Empty(schema));
+double LoadSeconds(int size, int repetitions) {
+  const auto snapshot = MakeSnapshot(size);
+  confd::Datastore store(store::Snapshot::Empty(tests::DataModel()));
   confd_trans_ctx context{};
   context.thandle = store.StartTransaction(snapshot);
   const int sock = store.OpenSocket();
@@ -172,9 +171,8 @@ CheckTimes CheckSeconds(int size, int repetitions) {
 // Exit status 1 when the growth is more than linear or a table is wrong.
 int main() {
   bench::KeepFreedMemory();
-  const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  const double load_small = LoadSeconds(schema, kSmall, 51);
-  const double load_large = LoadSeconds(schema, kLarge, 5);
+  const double load_small = LoadSeconds(kSmall, 51);
+  const double load_large = LoadSeconds(kLarge, 5);
   const CheckTimes small = CheckSeconds(kSmall, 501);
   const CheckTimes large = CheckSeconds(kLarge, 31);
 

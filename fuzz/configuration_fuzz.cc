@@ -5,8 +5,7 @@
 
 #include "configuration_file.h"
 #include "require.h"
-#include "store/schema.h"
-#include "store/snapshot.h"
+#include "support/data_model.h"
 #include "triggers.h"
 
 namespace {
@@ -14,15 +13,10 @@ namespace {
 using fuzz::Require;
 using SnapshotPtr = std::shared_ptr<const store::Snapshot>;
 
-const std::shared_ptr<const store::Schema>& DataModel() {
-  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  return schema;
-}
-
 // Nothing when the text is refused; then with one line that begins with the name of the file.
 SnapshotPtr Parse(const std::string& text) {
   try {
-    SnapshotPtr snapshot = ipvald::ParseConfiguration(DataModel(), "input", text).snapshot;
+    SnapshotPtr snapshot = ipvald::ParseConfiguration(tests::DataModel(), "input", text).snapshot;
     Require(snapshot != nullptr, "an accepted text gives a configuration");
     return snapshot;
   } catch (const ipvald::InputError& error) {
@@ -39,9 +33,9 @@ void CheckCalls(const store::Snapshot& running, const store::Snapshot& candidate
     Require(call.instance == nullptr || call.list_parent == nullptr, "an entry or a whole list");
     Require(call.point->priority >= priority, "calls are in the order of their priorities");
     priority = call.point->priority;
-    const std::string path = KeypathOf(*DataModel(), call).text();
+    const std::string path = KeypathOf(*tests::DataModel(), call).text();
     Require(path.starts_with("/"), "a call has a path: " + path);
-    const std::string reason = ipvald::ReasonOf(*DataModel(), call);
+    const std::string reason = ipvald::ReasonOf(*tests::DataModel(), call);
     Require(call.cause.has_value() && reason.find(" /") != reason.npos,
             "every point has dependencies, so every call has a change: " + reason);
   }
@@ -62,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (configuration == nullptr) return 0;
   CheckThatNothingCanBeMissing({reinterpret_cast<const char*>(data), size});
 
-  static const SnapshotPtr empty = store::Snapshot::Empty(DataModel());
+  static const SnapshotPtr empty = store::Snapshot::Empty(tests::DataModel());
   CheckCalls(*empty, *configuration);
   CheckCalls(*configuration, *empty);
   Require(ipvald::FindTriggeredCalls(*configuration, *configuration).empty(), "no change, no call");

@@ -9,6 +9,7 @@
 #include "ip_app_validation/ip_app_validation.h"
 #include "require.h"
 #include "store/diff.h"
+#include "support/data_model.h"
 
 // In a program with the leak sanitizer: what is allocated between the two is no leak.
 // NOLINTBEGIN(bugprone-reserved-identifier): names of the sanitizer's interface
@@ -59,11 +60,6 @@ class LeaksAllowed {
 
 }  // namespace
 
-const std::shared_ptr<const store::Schema>& DataModel() {
-  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  return schema;
-}
-
 TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const store::Snapshot> running,
                                          std::shared_ptr<const store::Snapshot> candidate,
                                          bool may_throw)
@@ -74,7 +70,7 @@ TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const store::Snapshot> 
       thandle_(datastore_.StartTransaction(candidate_)),
       may_throw_(may_throw) {
   datastore_.Attach(daemon_.maapi_socket, thandle_);
-  static const auto empty = store::Snapshot::Empty(DataModel());
+  static const auto empty = store::Snapshot::Empty(tests::DataModel());
   store::VisitChanges(*empty, *candidate_, [this](const store::Change& change) {
     if (change.candidate != nullptr) nodes_.push_back(change.candidate);
     return store::VisitResult::kRecurse;
@@ -84,7 +80,7 @@ TransactionOnDevice::TransactionOnDevice(std::shared_ptr<const store::Snapshot> 
 // One of the keypaths with which the data model has the point called.
 std::unique_ptr<confd::Keypath> TransactionOnDevice::FittingKeypath(const CallPlan& plan) const {
   std::vector<const store::ValidationPoint*> statements;
-  for (const store::ValidationPoint& point : DataModel()->validation_points()) {
+  for (const store::ValidationPoint& point : tests::DataModel()->validation_points()) {
     if (plan.opaque.starts_with(point.opaque)) statements.push_back(&point);
   }
   if (statements.empty()) return AnyKeypath(plan);
@@ -94,14 +90,14 @@ std::unique_ptr<confd::Keypath> TransactionOnDevice::FittingKeypath(const CallPl
   const auto instances = candidate_->Instances(called, nullptr);
   if (instances.empty()) return nullptr;
   const lyd_node* node = instances[plan.keypath / statements.size() % instances.size()];
-  return list != nullptr ? std::make_unique<confd::Keypath>(*DataModel(), node, list)
-                         : std::make_unique<confd::Keypath>(*DataModel(), node);
+  return list != nullptr ? std::make_unique<confd::Keypath>(*tests::DataModel(), node, list)
+                         : std::make_unique<confd::Keypath>(*tests::DataModel(), node);
 }
 
 std::unique_ptr<confd::Keypath> TransactionOnDevice::AnyKeypath(const CallPlan& plan) const {
   if (nodes_.empty()) return nullptr;
   auto keypath =
-      std::make_unique<confd::Keypath>(*DataModel(), nodes_[plan.keypath % nodes_.size()]);
+      std::make_unique<confd::Keypath>(*tests::DataModel(), nodes_[plan.keypath % nodes_.size()]);
   return IsTaken(plan.opaque, *keypath->get()) ? std::move(keypath) : nullptr;
 }
 

@@ -11,10 +11,9 @@
 
 #include "confd/keypath.h"
 #include "confd/transaction.h"
+#include "store/snapshot.h"
 #include "device_decoder.h"
 #include "framework/host.h"
-#include "store/schema.h"
-#include "store/snapshot.h"
 
 namespace fuzz {
 
@@ -28,9 +27,6 @@ struct PlannedCall {
     return plan.fault == Fault::kNone && plan.opaque.starts_with(point);
   }
 };
-
-/// The project's data model.
-const std::shared_ptr<const store::Schema>& DataModel();
 
 /// A transaction.
 class TransactionOnDevice {

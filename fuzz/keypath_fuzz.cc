@@ -9,11 +9,11 @@
 #include "confd/call_count.h"
 #include "confd/keypath.h"
 #include "confd/transaction.h"
+#include "store/error.h"
+#include "store/snapshot.h"
 #include "confd_maapi.h"
 #include "require.h"
-#include "store/error.h"
-#include "store/schema.h"
-#include "store/snapshot.h"
+#include "support/data_model.h"
 
 namespace {
 
@@ -54,9 +54,8 @@ constexpr const char* kConfiguration = R"({
 
 // A transaction on that configuration, open for the life of the process.
 struct Store {
-  std::shared_ptr<const store::Schema> schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
   std::shared_ptr<const store::Snapshot> configuration =
-      store::Snapshot::FromText(schema, kConfiguration);
+      store::Snapshot::FromText(tests::DataModel(), kConfiguration);
   confd::Datastore datastore{configuration};
   int thandle = datastore.StartTransaction(configuration);
   int sock = datastore.OpenSocket();

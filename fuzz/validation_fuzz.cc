@@ -31,6 +31,7 @@
 #include "device_decoder.h"
 #include "judge.h"
 #include "require.h"
+#include "support/data_model.h"
 
 namespace {
 
@@ -140,7 +141,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (prints) {
     fprintf(stderr, "running %s\ncandidate %s\n", device.running.c_str(), device.candidate.c_str());
   }
-  CheckCalls(device, store::Snapshot::FromText(fuzz::DataModel(), device.running),
-             store::Snapshot::FromText(fuzz::DataModel(), device.candidate), prints);
+  CheckCalls(device, store::Snapshot::FromText(tests::DataModel(), device.running),
+             store::Snapshot::FromText(tests::DataModel(), device.candidate), prints);
   return 0;
 }

@@ -22,6 +22,7 @@
 
 #include "store/schema.h"
 #include "store/snapshot.h"
+#include "support/data_model.h"
 #include "support/run_program.h"
 #include "transaction.h"
 
@@ -30,11 +31,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path kCases = IPAV_SOURCE_DIR "/tests/cases";
-
-std::shared_ptr<const store::Schema> DataModel() {
-  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  return schema;
-}
 
 std::string TextOf(const fs::path& file) {
   std::ifstream stream(file);
@@ -131,8 +127,8 @@ TEST_P(CaseFile, ThroughTheProgram) {
 TEST_P(CaseFile, ThroughTheModule) {
   const Case& c = GetParam();
   const auto running =
-      store::Snapshot::FromText(DataModel(), c.running ? TextOf(*c.running) : "{}");
-  const auto candidate = store::Snapshot::FromText(DataModel(), TextOf(c.candidate));
+      store::Snapshot::FromText(tests::DataModel(), c.running ? TextOf(*c.running) : "{}");
+  const auto candidate = store::Snapshot::FromText(tests::DataModel(), TextOf(c.candidate));
 
   const ipvald::TransactionReport report =
       ipvald::RunTransaction(running, candidate, {.plugin = IPAV_PLUGIN});
@@ -152,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, CaseFile, testing::ValuesIn(FindCases()), TestNa
 
 TEST(CaseFolders, HoldNothingElse) {
   std::set<std::string> points;
-  for (const store::ValidationPoint& point : DataModel()->validation_points()) {
+  for (const store::ValidationPoint& point : tests::DataModel()->validation_points()) {
     points.insert(point.opaque);
   }
   std::set<fs::path> known;

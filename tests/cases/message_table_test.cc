@@ -12,9 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "store/schema.h"
 #include "message_table.h"
 #include "source_messages.h"
-#include "store/schema.h"
+#include "support/data_model.h"
 #include "support/run_program.h"
 
 namespace {
@@ -153,8 +154,7 @@ TEST(UnshownText, IsInTheTestThatIsNamed) {
 
 TEST(CheckTable, HasEveryPointAndEveryPointAMessage) {
   std::set<std::string> points;
-  const auto schema = store::Schema::Load(kSourceDir / "yang");
-  for (const store::ValidationPoint& point : schema->validation_points()) {
+  for (const store::ValidationPoint& point : tests::DataModel()->validation_points()) {
     points.insert(point.opaque);
   }
   std::set<std::string> with_messages;

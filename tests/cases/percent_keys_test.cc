@@ -17,10 +17,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "plugin_session.h"
-#include "store/schema.h"
 #include "store/schema_node.h"
 #include "store/snapshot.h"
+#include "plugin_session.h"
+#include "support/data_model.h"
 #include "triggers.h"
 
 namespace {
@@ -29,11 +29,6 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 const char kNamePoint[] = "intf_l3_name_validation";
-
-std::shared_ptr<const store::Schema> DataModel() {
-  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  return schema;
-}
 
 std::string TextOf(const fs::path& file) {
   std::ifstream stream(file);
@@ -103,8 +98,8 @@ json WithEntry(json configuration, const StringKeyedList& list, const std::strin
 std::string Verdict(const json& running, const json& candidate, bool with_name_point) {
   ipvald::PluginTask task;
   task.plugin = IPAV_PLUGIN;
-  task.running = store::Snapshot::FromText(DataModel(), running.dump());
-  task.candidate = store::Snapshot::FromText(DataModel(), candidate.dump());
+  task.running = store::Snapshot::FromText(tests::DataModel(), running.dump());
+  task.candidate = store::Snapshot::FromText(tests::DataModel(), candidate.dump());
   const auto calls = ipvald::FindTriggeredCalls(*task.running, *task.candidate);
   task.calls.assign(calls.begin(), calls.end());
   if (!with_name_point) {
@@ -115,7 +110,7 @@ std::string Verdict(const json& running, const json& candidate, bool with_name_p
     if (const auto* end = std::get_if<ipvald::EndRecord>(&record); end != nullptr) {
       const confd::ValidationCall& call = task.calls[end->call];
       if (end->result != CONFD_OK) {
-        verdict = call.point->opaque + " " + KeypathOf(*DataModel(), call).text() + ": " +
+        verdict = call.point->opaque + " " + KeypathOf(*tests::DataModel(), call).text() + ": " +
                   end->text.value_or("");
       }
     } else if (const auto* failed = std::get_if<ipvald::FailedRecord>(&record); failed != nullptr) {
@@ -161,8 +156,8 @@ INSTANTIATE_TEST_SUITE_P(Lists, PercentKey,
                          });
 
 bool CanBePercent(const lysc_node* key) {
-  return lyd_value_validate(DataModel()->context(), key, "%s", 2, nullptr, nullptr, nullptr) ==
-         LY_SUCCESS;
+  return lyd_value_validate(tests::DataModel()->context(), key, "%s", 2, nullptr, nullptr,
+                            nullptr) == LY_SUCCESS;
 }
 
 // Paths of the configuration lists at and below `node` that an entry with the key "%s" fits into.
@@ -181,7 +176,7 @@ TEST(PercentKeys, AllListsThatTakeOneAreTried) {
   for (const StringKeyedList& list : kLists) tried.insert(list.path);
   std::set<std::string> all;
   uint32_t index = 0;
-  while (const lys_module* module = ly_ctx_get_module_iter(DataModel()->context(), &index)) {
+  while (const lys_module* module = ly_ctx_get_module_iter(tests::DataModel()->context(), &index)) {
     if (module->implemented != 0) CollectLists(module->compiled->data, all);
   }
   EXPECT_EQ(tried, all);

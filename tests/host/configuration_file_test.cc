@@ -16,6 +16,7 @@
 #include "configuration_text.h"
 #include "one_line.h"
 #include "store/diff.h"
+#include "support/data_model.h"
 
 namespace ipvald {
 namespace {
@@ -103,7 +104,7 @@ class SameConfiguration : public testing::TestWithParam<TextCase> {};
 
 TEST_P(SameConfiguration, AsBare) {
   const SnapshotPtr bare = ParseText(kBare);
-  ASSERT_GT(CountChanges(*store::Snapshot::Empty(DataModel()), *bare), 0u);
+  ASSERT_GT(CountChanges(*store::Snapshot::Empty(tests::DataModel()), *bare), 0u);
   EXPECT_EQ(CountChanges(*bare, *ParseText(GetParam().text)), 0u);
 }
 
@@ -121,7 +122,8 @@ const TextCase kEmptyConfigurations[] = {
 class EmptyConfiguration : public testing::TestWithParam<TextCase> {};
 
 TEST_P(EmptyConfiguration, IsAccepted) {
-  EXPECT_EQ(CountChanges(*store::Snapshot::Empty(DataModel()), *ParseText(GetParam().text)), 0u);
+  EXPECT_EQ(CountChanges(*store::Snapshot::Empty(tests::DataModel()), *ParseText(GetParam().text)),
+            0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, EmptyConfiguration, testing::ValuesIn(kEmptyConfigurations),
@@ -243,7 +245,7 @@ class UnreadableFile : public testing::Test {
 
   std::string ErrorOfFile(const std::string& file) {
     try {
-      ReadConfiguration(DataModel(), file);
+      ReadConfiguration(tests::DataModel(), file);
     } catch (const InputError& error) {
       return error.what();
     }
@@ -283,7 +285,7 @@ TEST_F(UnreadableFile, WithoutPermission) {
   std::ofstream(file) << kBare;
   chmod(file.c_str(), 0);
   chmod(folder_.c_str(), 0755);
-  DataModel();  // may itself be out of the other user's reach
+  tests::DataModel();  // may itself be out of the other user's reach
   const WithoutRoot without_root;
   ASSERT_TRUE(without_root.changed());
   EXPECT_EQ(ErrorOfFile(file), file + ": Permission denied");

@@ -7,11 +7,10 @@
 #include <string>
 
 #include "configuration_file.h"
-#include "data_model.h"
-#include "store/snapshot.h"
+#include "support/data_model.h"
 
 inline std::shared_ptr<const store::Snapshot> ParseText(const std::string& text) {
-  return ipvald::ParseConfiguration(DataModel(), "input", text).snapshot;
+  return ipvald::ParseConfiguration(tests::DataModel(), "input", text).snapshot;
 }
 
 /// The error of reading `text`, whose file is called "input"; "accepted" when there is none.

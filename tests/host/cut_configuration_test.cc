@@ -12,6 +12,7 @@
 
 #include "configuration_text.h"
 #include "json_configuration.h"
+#include "support/data_model.h"
 #include "xml_configuration.h"
 
 namespace {
@@ -45,7 +46,7 @@ std::string AsXml(const std::string& text) {
 bool IsWhole(const std::string& text) {
   using ipvald::SchemaWalk;
   const ipvald::SourceText source{"input", text};
-  const ly_ctx* context = DataModel()->context();
+  const ly_ctx* context = tests::DataModel()->context();
   try {
     if (ipvald::SniffFormat("input", text) == ipvald::InputFormat::kXml) {
       ipvald::XmlConfiguration(context, source, SchemaWalk::Depth::kStructure);

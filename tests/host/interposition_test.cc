@@ -8,12 +8,12 @@
 
 #include "confd/keypath.h"
 #include "confd/transaction.h"
-#include "confd_maapi.h"
-#include "data_model.h"
-#include "framework/host.h"
-#include "plugin.h"
 #include "store/schema_node.h"
 #include "store/snapshot.h"
+#include "confd_maapi.h"
+#include "framework/host.h"
+#include "plugin.h"
+#include "support/data_model.h"
 
 namespace {
 
@@ -34,10 +34,10 @@ namespace {
 
 TEST(Interposition, ProgramWinsOverTheStandIn) {
   const auto candidate = store::Snapshot::FromText(
-      DataModel(),
+      tests::DataModel(),
       R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7",
           "ipv6":{"nd":{"ra":{"max-interval":4,"min-interval":4}}}}]}}})");
-  confd::Datastore datastore(store::Snapshot::Empty(DataModel()));
+  confd::Datastore datastore(store::Snapshot::Empty(tests::DataModel()));
   framework::Daemon daemon{datastore.OpenSocket(), datastore.OpenSocket()};
   framework::ContextRegistry registry;
   confd::TransactionContext context;
@@ -54,7 +54,7 @@ TEST(Interposition, ProgramWinsOverTheStandIn) {
   registry.Register("ip_app_validation", config);
 
   const lysc_node* advertisements = nullptr;
-  for (const auto& point : DataModel()->validation_points()) {
+  for (const auto& point : tests::DataModel()->validation_points()) {
     if (point.opaque == opaque &&
         store::SchemaPath(point.node) == "/config/interface/l3/ipv6/nd/ra") {
       advertisements = point.node;
@@ -63,7 +63,7 @@ TEST(Interposition, ProgramWinsOverTheStandIn) {
   ASSERT_NE(advertisements, nullptr);
   const auto instances = candidate->Instances(advertisements, nullptr);
   ASSERT_EQ(instances.size(), 1u);
-  confd::Keypath keypath(*DataModel(), instances[0]);
+  confd::Keypath keypath(*tests::DataModel(), instances[0]);
   confd_value_t value{};
   CONFD_SET_NOEXISTS(&value);
 

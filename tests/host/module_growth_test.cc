@@ -13,6 +13,7 @@
 
 #include "confd/call_count.h"
 #include "framework/host.h"
+#include "support/data_model.h"
 #include "support/point_fixture.h"
 
 namespace tests {

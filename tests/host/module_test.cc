@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "data_model.h"
+#include "support/data_model.h"
 #include "support/elf_file.h"
 #include "validation_points.h"
 
@@ -49,7 +49,7 @@ TEST(Module, TableAndDataModelHaveTheSameNames) {
   for (const auto& row : ip_application::config_valid::validation_point_table)
     in_table.insert(row.name);
   std::set<std::string> in_model;
-  for (const store::ValidationPoint& point : DataModel()->validation_points()) {
+  for (const store::ValidationPoint& point : tests::DataModel()->validation_points()) {
     in_model.insert(point.opaque);
   }
   EXPECT_EQ(in_table.size(), 11u);

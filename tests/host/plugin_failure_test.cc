@@ -10,9 +10,8 @@
 #include <nlohmann/json.hpp>
 
 #include "configuration_file.h"
-#include "data_model.h"
 #include "report_json.h"
-#include "store/snapshot.h"
+#include "support/data_model.h"
 #include "support/run_program.h"
 #include "transaction.h"
 
@@ -361,9 +360,9 @@ class Checks : public testing::Test {
     setenv("MISBEHAVE", check.order, 1);
     std::string outcome;
     try {
-      const auto candidate = IsExample(check)
-                                 ? ReadConfiguration(DataModel(), kExamples + check.candidate)
-                                 : ParseConfiguration(DataModel(), "text", check.candidate);
+      const auto candidate =
+          IsExample(check) ? ReadConfiguration(tests::DataModel(), kExamples + check.candidate)
+                           : ParseConfiguration(tests::DataModel(), "text", check.candidate);
       const TransactionReport report = RunTransaction(
           running_, candidate.snapshot, {PluginFor(check), std::chrono::seconds(1), false});
       EXPECT_EQ(report.verdict, VerdictOf(check.status));
@@ -388,7 +387,7 @@ class Checks : public testing::Test {
   }
 
   std::shared_ptr<const store::Snapshot> running_ =
-      ReadConfiguration(DataModel(), kRunning).snapshot;
+      ReadConfiguration(tests::DataModel(), kRunning).snapshot;
 };
 
 class Sequence : public Checks, public testing::WithParamInterface<Check> {};
@@ -414,7 +413,7 @@ INSTANTIATE_TEST_SUITE_P(Between, Sequence, testing::ValuesIn(kBetween),
 
 TEST_F(Checks, NotAPluginLeavesNoTrace) {
   const std::string before = InProcess(kJudged[0]);
-  EXPECT_THROW(RunTransaction(running_, store::Snapshot::Empty(DataModel()),
+  EXPECT_THROW(RunTransaction(running_, store::Snapshot::Empty(tests::DataModel()),
                               {IPAV_INCOMPLETE_PLUGIN, std::chrono::seconds(1), false}),
                InputError);
   EXPECT_EQ(InProcess(kJudged[0]), before);

@@ -15,8 +15,7 @@
 #include <system_error>
 
 #include "configuration_file.h"
-#include "data_model.h"
-#include "store/snapshot.h"
+#include "support/data_model.h"
 #include "transaction.h"
 
 namespace ipvald {
@@ -72,9 +71,9 @@ class Scarcity : public testing::Test {
     }
   }
 
-  std::shared_ptr<const store::Snapshot> running_ = store::Snapshot::Empty(DataModel());
+  std::shared_ptr<const store::Snapshot> running_ = store::Snapshot::Empty(tests::DataModel());
   std::shared_ptr<const store::Snapshot> candidate_ =
-      ReadConfiguration(DataModel(), kRefused).snapshot;
+      ReadConfiguration(tests::DataModel(), kRefused).snapshot;
 };
 
 void Limit(__rlimit_resource_t resource, rlim_t limit) {

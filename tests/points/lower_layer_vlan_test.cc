@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/data_model.h"
 #include "support/json_text.h"
 #include "support/ospf_json.h"
 #include "support/point_fixture.h"

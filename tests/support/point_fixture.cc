@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "confd/call_count.h"
+#include "support/data_model.h"
+
 namespace tests {
 namespace {
 
@@ -35,11 +37,6 @@ Module OpenModule() {
 const Module& LoadedModule() {
   static const Module module = OpenModule();
   return module;
-}
-
-std::shared_ptr<const store::Schema> DataModel() {
-  static const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  return schema;
 }
 
 std::string Device::Json() const {

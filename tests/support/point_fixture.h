@@ -14,10 +14,9 @@
 #include "confd/keypath.h"
 #include "confd/transaction.h"
 #include "confd/watch_calls.h"
+#include "store/snapshot.h"
 #include "confd_dp.h"
 #include "framework/host.h"
-#include "store/schema.h"
-#include "store/snapshot.h"
 
 namespace tests {
 
@@ -35,9 +34,6 @@ Module OpenModule();
 
 /// Stays loaded for the life of the program.
 const Module& LoadedModule();
-
-/// The project's data model.
-std::shared_ptr<const store::Schema> DataModel();
 
 /// A device configuration as JSON text. Each argument is the inside of a JSON array, for example
 /// R"({"name":"7","vrf":"red"})" for one L3 interface.

@@ -17,6 +17,7 @@
 #include "confd/watch_calls.h"
 #include "config.h"
 #include "framework/host.h"
+#include "support/data_model.h"
 #include "support/point_fixture.h"
 
 namespace tests {

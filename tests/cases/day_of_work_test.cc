@@ -13,8 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "support/ospf_json.h"
-#include "support/route_json.h"
+#include "support/device.h"
 #include "support/run_program.h"
 
 namespace {
@@ -45,19 +44,17 @@ void AddSecondary(json& l3, const std::string& address) {
 
 json& Timers(json& l3) { return l3["ipv6"]["nd"]["ra"]; }
 
-void AddRoute(json& device, const tests::ConfiguredRoute& route) {
-  tests::Device added;
-  tests::AddRoutes(added, {route});
-  device["KX-RTM-MIB:KX-RTM-MIB"]["rtmStaticRtTable"]["rtmStaticRtEntry"].push_back(
-      json::parse(added.routes));
-  if (route.output) {
-    device["velmor-static-route:rtmStaticRtEntry-global"].push_back(
-        json::parse(added.route_outputs));
+// Adds the routes and what OSPF uses.
+void Add(json& device, const tests::Device& more) {
+  const json added = json::parse(more.Json());
+  for (const char* path : {"/KX-RTM-MIB:KX-RTM-MIB/rtmStaticRtTable/rtmStaticRtEntry",
+                           "/velmor-static-route:rtmStaticRtEntry-global",
+                           "/velmor-internal:internal/ospf-interface-l3",
+                           "/velmor-internal:internal/ospf-index-to-proc-id",
+                           "/velmor-internal:internal/ospfv3-interface-l3"}) {
+    const json::json_pointer list(path);
+    for (const json& entry : added.at(list)) device[list].push_back(entry);
   }
-}
-
-void AddInternal(json& device, const char* list, const std::string& entry) {
-  device["velmor-internal:internal"][list].push_back(json::parse(entry));
 }
 
 // The day ---------------------------------------------------------------------------------------
@@ -117,29 +114,29 @@ const Step kDay[] = {
      "192.0.2.2/25."},
     {"default routes of both families out of the uplink",
      [](json& device) {
-       AddRoute(device,
-                {.network = "0.0.0.0/0", .next_hop = "198.51.100.1", .output = "l3-uplink"});
-       AddRoute(device, {.network = "::/0", .next_hop = "2001:db8:0:10::1", .output = "l3-uplink"});
+       Add(device, {.routes = {{0, "0.0.0.0/0", "198.51.100.1", "l3-uplink"},
+                               {0, "::/0", "2001:db8:0:10::1", "l3-uplink"}}});
      },
      nullptr, nullptr},
     {"an IPv6 route to the first LAN, by mistake through the device itself",
      [](json& device) {
-       AddRoute(device, {.network = "fd00::/8", .next_hop = "2001:db8:0:20::1"});
+       Add(device, {.routes = {{.network = "fd00::/8", .next_hop = "2001:db8:0:20::1"}}});
      },
      "ipv6_addr_route_validation",
      "l3 lan-1 ipv6 address 2001:db8:0:20::1/64 and static route fd00::/8 next-hop "
      "2001:db8:0:20::1 cannot have address conflict."},
     {"what goes to 10.0.0.0/8 dropped",
-     [](json& device) { AddRoute(device, {.network = "10.0.0.0/8"}); }, nullptr, nullptr},
+     [](json& device) { Add(device, {.routes = {{.network = "10.0.0.0/8"}}}); }, nullptr, nullptr},
     {"the same prefix forwarded",
-     [](json& device) { AddRoute(device, {.network = "10.0.0.0/8", .next_hop = "192.0.2.3"}); },
+     [](json& device) {
+       Add(device, {.routes = {{.network = "10.0.0.0/8", .next_hop = "192.0.2.3"}}});
+     },
      "ipv4_addr_route_validation",
      "Prefix 10.0.0.0/8 cannot be black-hole and have next-hop at the same time"},
     {"OSPF on the uplink",
      [](json& device) {
-       AddInternal(device, "ospf-index-to-proc-id", tests::OspfProcess(1, 10, "global"));
-       AddInternal(device, "ospf-interface-l3",
-                   tests::OspfEntry(1, "0.0.0.0", "l3-uplink", "198.51.100.2"));
+       Add(device, {.ospf_processes = {{1, 10, "global"}}});
+       Add(device, {.ospf = {{1, "0.0.0.0", "l3-uplink", "198.51.100.2"}}});
      },
      nullptr, nullptr},
     {"another address on the uplink",
@@ -149,8 +146,7 @@ const Step kDay[] = {
      "area 0 (0.0.0.0)"},
     {"OSPFv3 on the first LAN",
      [](json& device) {
-       AddInternal(device, "ospfv3-interface-l3",
-                   tests::Ospfv3Entry(20, "0.0.0.1", "l3-lan-1", 1000020));
+       Add(device, {.ospfv3 = {{20, "0.0.0.1", "l3-lan-1", 1000020}}});
      },
      nullptr, nullptr},
     {"a VRF for the first LAN",

@@ -12,6 +12,9 @@
 #include <string_view>
 
 #include "confd/call_count.h"
+#include "confd/keypath.h"
+#include "confd/transaction.h"
+#include "store/snapshot.h"
 #include "framework/host.h"
 #include "support/data_model.h"
 #include "support/point_fixture.h"
@@ -41,10 +44,6 @@ Holdings Now() {
   now.descriptors = std::distance(begin(open), end(open));
   now.values = confd::OutstandingValues();
   return now;
-}
-
-std::string Interface(const std::string& name, const std::string& address) {
-  return R"({"name":")" + name + R"(","ipv4":{"address":{"ip":")" + address + R"("}}})";
 }
 
 // One life of the module: what ipvald does for each check, in a process of its own there.
@@ -90,11 +89,13 @@ class ModuleLife {
 
 TEST(ModuleGrowth, IsNoneInTwoThousandLives) {
   const auto good = store::Snapshot::FromText(
-      DataModel(),
-      Device{.l3 = Interface("a", "192.0.2.1/25") + "," + Interface("b", "192.0.2.129/25")}.Json());
+      DataModel(), Device{.l3 = {{.name = "a", .primary = "192.0.2.1/25"},
+                                 {.name = "b", .primary = "192.0.2.129/25"}}}
+                       .Json());
   const auto bad = store::Snapshot::FromText(
-      DataModel(),
-      Device{.l3 = Interface("a", "192.0.2.1/24") + "," + Interface("b", "192.0.2.129/25")}.Json());
+      DataModel(), Device{.l3 = {{.name = "a", .primary = "192.0.2.1/24"},
+                                 {.name = "b", .primary = "192.0.2.129/25"}}}
+                       .Json());
   const auto live = [&] {
     EXPECT_EQ(ModuleLife().Validate(good), "accepted");
     EXPECT_EQ(ModuleLife().Validate(bad),

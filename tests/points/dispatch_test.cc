@@ -82,7 +82,7 @@ class DispatchTest : public PointTest {
  protected:
   DispatchTest() {
     Device device;
-    device.l3 = R"({"name":"a.b"})";
+    device.l3 = {{.name = "a.b"}};
     Configure(device);
     keypath_.emplace(candidate(), "/config/interface/l3{a.b}");
     Fill(context_.get());

@@ -38,14 +38,19 @@ INSTANTIATE_TEST_SUITE_P(Families, AddressPoint, testing::ValuesIn(kFamilies),
 
 // Each list has a fault of its own, so that the message tells which one was checked.
 TEST_P(AddressPoint, ChecksTheListAtWhichTheKeypathEnds) {
-  Configure(Device{.l3 = R"({"name":"1","vrf":"a","ipv4":{"address":{"ip":"10.0.0.1/24",
-                "secondary":[{"ip":"10.0.0.1/25"}]}},
-                "ipv6":{"address":[{"ip":"2001:db8:1::1/64"},{"ip":"2001:db8:1::1/65"}]}})",
-                   .loopback = R"({"name":"2","vrf":"b",
-                "ipv4":{"address":[{"ip":"10.0.0.2/24"},{"ip":"10.0.0.2/25"}]},
-                "ipv6":{"address":[{"ip":"2001:db8:2::2/64"},{"ip":"2001:db8:2::2/65"}]}})",
-                   .mgmt = R"({"name":"3","vrf":"c","ipv4":{"address":{"ip":"10.0.0.0/24"}},
-                "ipv6":{"address":[{"ip":"2001:db8:3::3/64"},{"ip":"2001:db8:3::3/65"}]}})"});
+  Configure(Device{.l3 = {{.name = "1",
+                           .vrf = "a",
+                           .primary = "10.0.0.1/24",
+                           .ipv4 = {"10.0.0.1/25"},
+                           .ipv6 = {"2001:db8:1::1/64", "2001:db8:1::1/65"}}},
+                   .loopback = {{.name = "2",
+                                 .vrf = "b",
+                                 .ipv4 = {"10.0.0.2/24", "10.0.0.2/25"},
+                                 .ipv6 = {"2001:db8:2::2/64", "2001:db8:2::2/65"}}},
+                   .mgmt = {{.name = "3",
+                             .vrf = "c",
+                             .primary = "10.0.0.0/24",
+                             .ipv6 = {"2001:db8:3::3/64", "2001:db8:3::3/65"}}}});
   const bool ipv4 = GetParam().ipv4;
   EXPECT_EQ(Validate("/config/interface/l3"),
             ipv4 ? "l3 1 has duplicated IPv4 address 10.0.0.1"
@@ -59,7 +64,7 @@ TEST_P(AddressPoint, ChecksTheListAtWhichTheKeypathEnds) {
 }
 
 TEST_P(AddressPoint, RefusesOtherNodesWithoutAnyRead) {
-  Configure(Device{.l3 = R"({"name":"1","ipv4":{"address":{"ip":"10.0.0.0/24"}}})"});
+  Configure(Device{.l3 = {{.name = "1", .primary = "10.0.0.0/24"}}});
   for (const char* path :
        {"/config", "/config/interface", "/config/interface/l3{1}/ipv4/address/ip",
         "/config/interface/l3{1}/ipv4/address/secondary", "/velmor-internal:internal/vrf-config"}) {
@@ -88,12 +93,10 @@ TEST_P(AddressPoint, ReadsTheTablesInOrder) {
 }
 
 TEST_P(AddressPoint, ReadsOnlyTheAddressesOfItsFamily) {
-  Configure(Device{.l3 = R"({"name":"1","ipv4":{"address":{"ip":"10.1.0.1/24"}},
-                             "ipv6":{"address":[{"ip":"2001:db8:1::1/64"}]}})",
-                   .loopback = R"({"name":"2","ipv4":{"address":[{"ip":"10.2.0.1/24"}]},
-                             "ipv6":{"address":[{"ip":"2001:db8:2::1/64"}]}})",
-                   .mgmt = R"({"name":"3","ipv4":{"address":{"ip":"10.3.0.1/24"}},
-                             "ipv6":{"address":[{"ip":"2001:db8:3::1/64"}]}})"});
+  Configure(
+      Device{.l3 = {{.name = "1", .primary = "10.1.0.1/24", .ipv6 = {"2001:db8:1::1/64"}}},
+             .loopback = {{.name = "2", .ipv4 = {"10.2.0.1/24"}, .ipv6 = {"2001:db8:2::1/64"}}},
+             .mgmt = {{.name = "3", .primary = "10.3.0.1/24", .ipv6 = {"2001:db8:3::1/64"}}}});
   EXPECT_EQ(Validate("/config/interface/l3"), "accepted");
   const bool ipv4 = GetParam().ipv4;
   const std::string other_family = ipv4 ? "/ipv6/" : "/ipv4/";
@@ -115,7 +118,7 @@ TEST_P(AddressPoint, ReadsOnlyTheAddressesOfItsFamily) {
 }
 
 TEST_P(AddressPoint, ReadsNothingTheSecondTime) {
-  Configure(Device{.l3 = R"({"name":"1","ipv4":{"address":{"ip":"10.1.0.1/24"}}})"});
+  Configure(Device{.l3 = {{.name = "1", .primary = "10.1.0.1/24"}}});
   EXPECT_EQ(Validate("/config/interface/l3"), "accepted");
   EXPECT_FALSE(calls().empty());
   EXPECT_EQ(Validate("/config/interface/mgmt"), "accepted");
@@ -124,10 +127,9 @@ TEST_P(AddressPoint, ReadsNothingTheSecondTime) {
 
 // A Config that stays answers for the addresses that it read first.
 TEST_P(AddressPoint, KeepsWhatItReadInAnEarlierTransaction) {
-  const Device clash = {.l3 = R"({"name":"1","ipv4":{"address":{"ip":"10.0.0.1/24"}},
-                "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}})",
-                        .mgmt = R"({"name":"0","vrf":"mgmt","ipv4":{"address":{"ip":"10.0.0.2/24"}},
-                "ipv6":{"address":[{"ip":"2001:db8::2/64"}]}})"};
+  const Device clash = {
+      .l3 = {{.name = "1", .primary = "10.0.0.1/24", .ipv6 = {"2001:db8::1/64"}}},
+      .mgmt = {{.name = "0", .vrf = "mgmt", .primary = "10.0.0.2/24", .ipv6 = {"2001:db8::2/64"}}}};
   const std::string message =
       GetParam().ipv4
           ? "l3 1 vrf global ipv4 address 10.0.0.1/24 overlaps with mgmt 0 vrf mgmt ipv4 address "
@@ -143,9 +145,10 @@ TEST_P(AddressPoint, KeepsWhatItReadInAnEarlierTransaction) {
 
 // The text is data, not a format.
 TEST_P(AddressPoint, PassesThePercentSignsOfNames) {
-  Configure(Device{.l3 = R"({"name":"%s%n","ipv4":{"address":{"ip":"10.0.0.1/24",
-                             "secondary":[{"ip":"10.0.0.1/25"}]}},
-                             "ipv6":{"address":[{"ip":"2001:db8::1/64"},{"ip":"2001:db8::1/65"}]}})"});
+  Configure(Device{.l3 = {{.name = "%s%n",
+                           .primary = "10.0.0.1/24",
+                           .ipv4 = {"10.0.0.1/25"},
+                           .ipv6 = {"2001:db8::1/64", "2001:db8::1/65"}}}});
   EXPECT_EQ(Validate("/config/interface/l3"),
             GetParam().ipv4 ? "l3 %s%n has duplicated IPv4 address 10.0.0.1"
                             : "l3 %s%n has duplicated IPv6 address 2001:db8::1");
@@ -153,20 +156,11 @@ TEST_P(AddressPoint, PassesThePercentSignsOfNames) {
 
 // Next hops through the store, in the interface's VRF and in another.
 TEST_P(AddressPoint, NextHopsOfStaticRoutes) {
-  const std::string routes =
-      R"({"rtmStaticRtFteIndex":1,"rtmStaticRtNetworkAddrType":"ipv4",
-          "rtmStaticRtNetworkAddr":"c6:33:64:00","rtmStaticRtNetworkPrefixLen":24,
-          "rtmStaticRtNextHopAddrType":"ipv4","rtmStaticRtNextHopAddr":"0a:00:00:01"},
-         {"rtmStaticRtFteIndex":1,"rtmStaticRtNetworkAddrType":"ipv6",
-          "rtmStaticRtNetworkAddr":"20:01:0d:b8:00:09:00:00:00:00:00:00:00:00:00:00",
-          "rtmStaticRtNetworkPrefixLen":48,"rtmStaticRtNextHopAddrType":"ipv6",
-          "rtmStaticRtNextHopAddr":"20:01:0d:b8:00:00:00:00:00:00:00:00:00:00:00:01"})";
-  const auto device = [&routes](const std::string& vrf) {
-    return Device{.l3 = R"({"name":"1","vrf":")" + vrf +
-                        R"(","ipv4":{"address":{"ip":"10.0.0.1/24"}},
-                           "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}})",
-                  .vrfs = R"({"index":1,"vname":"red"})",
-                  .routes = routes};
+  const auto device = [](const std::string& vrf) {
+    return Device{
+        .l3 = {{.name = "1", .vrf = vrf, .primary = "10.0.0.1/24", .ipv6 = {"2001:db8::1/64"}}},
+        .vrfs = {{1, "red"}},
+        .routes = {{1, "198.51.100.0/24", "10.0.0.1"}, {1, "2001:db8:9::/48", "2001:db8::1"}}};
   };
   Configure(device("red"));
   EXPECT_EQ(Validate("/config/interface/l3"),
@@ -182,9 +176,8 @@ TEST_P(AddressPoint, NextHopsOfStaticRoutes) {
 
 // Both points of one transaction share the tables: the second adds its family.
 TEST_F(PointTest, BothFamiliesOneAfterTheOther) {
-  Configure(Device{.l3 = R"({"name":"1","ipv4":{"address":{"ip":"10.0.0.0/24"}},
-                             "ipv6":{"address":[{"ip":"2001:db8::/64"}]}})",
-                   .loopback = R"({"name":"0","ipv6":{"address":[{"ip":"2001:db8::1/128"}]}})"});
+  Configure(Device{.l3 = {{.name = "1", .primary = "10.0.0.0/24", .ipv6 = {"2001:db8::/64"}}},
+                   .loopback = {{.name = "0", .ipv6 = {"2001:db8::1/128"}}}});
   EXPECT_EQ(Validate("ipv6_addr_validation", "/config/interface/l3"),
             "l3 1 ipv6 address 2001:db8::/64 overlaps with loopback 0 ipv6 address "
             "2001:db8::1/128.");
@@ -195,9 +188,10 @@ TEST_F(PointTest, BothFamiliesOneAfterTheOther) {
 
 // An unreadable list is no interface.
 TEST_P(AddressPoint, UnreadableListIsNoInterface) {
-  Configure(Device{.l3 = R"({"name":"1","ipv4":{"address":{"ip":"10.0.0.1/24",
-                             "secondary":[{"ip":"10.0.0.1/25"}]}},
-                             "ipv6":{"address":[{"ip":"2001:db8::1/64"},{"ip":"2001:db8::1/65"}]}})"});
+  Configure(Device{.l3 = {{.name = "1",
+                           .primary = "10.0.0.1/24",
+                           .ipv4 = {"10.0.0.1/25"},
+                           .ipv6 = {"2001:db8::1/64", "2001:db8::1/65"}}}});
   FailCall(0);
   EXPECT_EQ(Validate("/config/interface/l3"), "accepted");
 }

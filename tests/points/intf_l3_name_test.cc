@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/json_text.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
 
 namespace tests {
@@ -26,10 +26,7 @@ class L3Name : public PointTest {
   // L3 interfaces of these names.
   void ConfigureNames(const std::vector<std::string>& names) {
     Device device;
-    for (const std::string& name : names) {
-      if (!device.l3.empty()) device.l3 += ",";
-      device.l3 += R"({"name":)" + JsonText(name) + "}";
-    }
+    for (const std::string& name : names) device.l3.push_back({.name = name});
     Configure(device);
   }
 
@@ -171,10 +168,8 @@ TEST_F(L3Name, NamesThatDifferBehind255BytesCountOnce) {
 }
 
 TEST_F(L3Name, OtherKindsOfInterfacesAreNotChecked) {
-  std::string entries;
-  for (int i = 0; i < 257; ++i) {
-    entries += (i > 0 ? "," : "") + (R"({"name":"lo.)" + std::to_string(i)) + R"("})";
-  }
+  std::vector<ConfiguredIntf> entries;
+  for (int i = 0; i < 257; ++i) entries.push_back({.name = "lo." + std::to_string(i)});
   Configure(Device{.loopback = entries, .mgmt = entries});
   EXPECT_EQ(Validate(), "accepted");
 }
@@ -234,9 +229,13 @@ TEST_F(L3Name, EveryOtherByteThatAStringCanHold) {
 // What it reads --------------------------------------------------------------------------------
 
 TEST_F(L3Name, ReadsWhatTheL3TableReadsForIpv4) {
-  Configure(Device{.l3 = R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100},
-      "ipv4":{"address":{"ip":"192.0.2.1/24","secondary":[{"ip":"10.0.0.1/8"}]}},
-      "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}},{"name":"8"})"});
+  Configure(Device{.l3 = {{.name = "7",
+                           .vrf = "red",
+                           .vlan = 100,
+                           .primary = "192.0.2.1/24",
+                           .ipv4 = {"10.0.0.1/8"},
+                           .ipv6 = {"2001:db8::1/64"}},
+                          {.name = "8"}}});
   EXPECT_EQ(Validate(), "accepted");
   const std::vector<std::string> expected = {
       "maapi_exists /config/interface/ipapp:l3",
@@ -297,7 +296,7 @@ TEST_F(L3Name, UnreadableListIsNoInterface) {
 
 // The keypath plays no part.
 TEST_F(L3Name, IsTheSameForEveryKeypath) {
-  Configure(Device{.l3 = R"({"name":"a."})", .loopback = R"({"name":"0"})"});
+  Configure(Device{.l3 = {{.name = "a."}}, .loopback = {{.name = "0"}}});
   for (const char* path : {"/config/interface/loopback", "/config/interface/l3{a.}", "/config"}) {
     EXPECT_EQ(PointTest::Validate(kPoint, path), Invalid("a.")) << path;
   }

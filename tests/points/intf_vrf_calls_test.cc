@@ -8,9 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "support/ospf_json.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
-#include "support/route_json.h"
 
 namespace tests {
 namespace {
@@ -32,7 +31,7 @@ constexpr char kL3Refused[] = "l3 7 is configured in OSPFv3 and cannot be associ
 constexpr char kOspfv3Refused[] =
     "l3 7 is associated with a VRF and cannot be configured in OSPFv3";
 
-const std::string kIn7 = Ospfv3Entry(10, "0.0.0.1", "l3-7");
+const Ospfv3Entry kIn7 = {10, "0.0.0.1", "l3-7"};
 
 // The calls that walk changes and look at one.
 bool IsOfTheWalk(const std::string& call) {
@@ -43,16 +42,16 @@ bool IsOfTheWalk(const std::string& call) {
 // The tables come first ---------------------------------------------------------------------------
 
 // Every list has something that a walk would refuse.
-const Device kOverlap{.l3 = R"({"name":"7","vrf":"red","ipv4":{"address":{"ip":"192.0.2.9/24"}}},)"
-                            R"({"name":"8","vrf":"red","ipv4":{"address":{"ip":"192.0.2.8/24"}}})",
-                      .ospf = OspfEntry(1, "0.0.0.9", "l3-7", "192.0.2.1"),
-                      .ospf_processes = OspfProcess(1, 10, "red"),
-                      .ospfv3 = kIn7};
-const Device kDivergent{.l3 = R"({"name":"7","vrf":"red"})",
-                        .loopback = R"({"name":"7","vrf":"red"})",
-                        .ospf = OspfEntry(1, "0.0.0.9", "l3-7", "192.0.2.1"),
-                        .ospf_processes = OspfProcess(1, 10, "blue"),
-                        .ospfv3 = Join({kIn7, Ospfv3Entry(10, "0.0.0.1", "loopback-7")})};
+const Device kOverlap{.l3 = {{.name = "7", .vrf = "red", .primary = "192.0.2.9/24"},
+                             {.name = "8", .vrf = "red", .primary = "192.0.2.8/24"}},
+                      .ospf = {{1, "0.0.0.9", "l3-7", "192.0.2.1"}},
+                      .ospf_processes = {{1, 10, "red"}},
+                      .ospfv3 = {kIn7}};
+const Device kDivergent{.l3 = {{.name = "7", .vrf = "red"}},
+                        .loopback = {{.name = "7", .vrf = "red"}},
+                        .ospf = {{1, "0.0.0.9", "l3-7", "192.0.2.1"}},
+                        .ospf_processes = {{1, 10, "blue"}},
+                        .ospfv3 = {kIn7, {10, "0.0.0.1", "loopback-7"}}};
 constexpr char kOverlapText[] =
     "l3 7 vrf red ipv4 address 192.0.2.9/24 overlaps with l3 8 vrf red ipv4 address 192.0.2.8/24.";
 constexpr char kDivergentText[] =
@@ -65,8 +64,8 @@ Device OverlapAndDivergent() {
 }
 
 Device NextHop() {
-  Device device{.l3 = R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.9/24"}}})", .ospfv3 = kIn7};
-  AddRoutes(device, {{.network = "10.0.0.0/8", .next_hop = "192.0.2.9"}});
+  Device device{.l3 = {{.name = "7", .primary = "192.0.2.9/24"}}, .ospfv3 = {kIn7}};
+  device.routes = {{.network = "10.0.0.0/8", .next_hop = "192.0.2.9"}};
   return device;
 }
 
@@ -90,16 +89,16 @@ const TableCase kTableCases[] = {
     {"DivergentVrfOfAnOspfv3Entry", kDivergent, kOspfv3Entry, kDivergentText},
     {"AddressesBeforeVrfs", OverlapAndDivergent(), kL3List, kOverlapText},
     {"AddressesOfManagement",
-     {.mgmt = R"({"name":"0","ipv4":{"address":{"ip":"192.0.2.0/24"}}})"},
+     {.mgmt = {{.name = "0", .primary = "192.0.2.0/24"}}},
      "/config/interface/mgmt",
      "mgmt 0 ipv4 address 192.0.2.0/24 cannot be configured as network address."},
     {"AddressesOfLoopbacks",
-     {.loopback = R"({"name":"0","ipv4":{"address":[{"ip":"192.0.2.0/24"}]}})"},
+     {.loopback = {{.name = "0", .ipv4 = {"192.0.2.0/24"}}}},
      kLoopbackList,
      "loopback 0 ipv4 address 192.0.2.0/24 cannot be configured as network address."},
     {"OverlapWithALoopback",
-     {.l3 = R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24"}}})",
-      .loopback = R"({"name":"0","ipv4":{"address":[{"ip":"192.0.2.2/32"}]}})"},
+     {.l3 = {{.name = "7", .primary = "192.0.2.1/24"}},
+      .loopback = {{.name = "0", .ipv4 = {"192.0.2.2/32"}}}},
      kL3List,
      "l3 7 vrf global ipv4 address 192.0.2.1/24 overlaps with loopback 0 vrf global ipv4 address "
      "192.0.2.2/32."},
@@ -167,11 +166,11 @@ const PathCase kPathCases[] = {
 class Path : public PointTest, public testing::WithParamInterface<PathCase> {};
 
 TEST_P(Path, DecidesWhatIsWalked) {
-  Configure(Device{.l3 = R"({"name":"7","vrf":"red","ipv4":{"address":{"ip":"192.0.2.1/24"}}})",
-                   .loopback = R"({"name":"7","vrf":"red"})",
-                   .ospf = OspfEntry(1, "0.0.0.9", "l3-7", "192.0.2.1"),
-                   .ospf_processes = OspfProcess(1, 10, "red"),
-                   .ospfv3 = Join({kIn7, Ospfv3Entry(10, "0.0.0.1", "loopback-7")})});
+  Configure(Device{.l3 = {{.name = "7", .vrf = "red", .primary = "192.0.2.1/24"}},
+                   .loopback = {{.name = "7", .vrf = "red"}},
+                   .ospf = {{1, "0.0.0.9", "l3-7", "192.0.2.1"}},
+                   .ospf_processes = {{1, 10, "red"}},
+                   .ospfv3 = {kIn7, {10, "0.0.0.1", "loopback-7"}}});
   Validate(kPoint, kOspfEntry);
   EXPECT_EQ(Validate(kPoint, GetParam().path), GetParam().verdict);
   EXPECT_EQ(calls(), GetParam().calls);
@@ -191,12 +190,17 @@ class IntfVrf : public PointTest {
 };
 
 TEST_F(IntfVrf, LooksAtVrfLeavesOnly) {
-  Configure(Device{.l3 = R"({"name":"1"},{"name":"2","vrf":"red"},{"name":"3","vrf":"red"},)"
-                         R"({"name":"4"},{"name":"5","vrf":"red"})"},
-            Device{.l3 = R"({"name":"0","vrf":"red","lower-layer-if":{"vlan":9}},)"
-                         R"({"name":"1","vrf":"red"},{"name":"2"},{"name":"3","vrf":"blue"},)"
-                         R"({"name":"4","lower-layer-if":{"vlan":10}})",
-                   .ospfv3 = kIn7});
+  Configure(Device{.l3 = {{.name = "1"},
+                          {.name = "2", .vrf = "red"},
+                          {.name = "3", .vrf = "red"},
+                          {.name = "4"},
+                          {.name = "5", .vrf = "red"}}},
+            Device{.l3 = {{.name = "0", .vrf = "red", .vlan = 9},
+                          {.name = "1", .vrf = "red"},
+                          {.name = "2"},
+                          {.name = "3", .vrf = "blue"},
+                          {.name = "4", .vlan = 10}},
+                   .ospfv3 = {kIn7}});
   EXPECT_THAT(Walk(kL3List, "accepted"),
               ElementsAre("maapi_keypath_diff_iterate /config/interface/l3",
                           "maapi_xpath_eval_expr /internal",    // 0, created with it
@@ -205,26 +209,28 @@ TEST_F(IntfVrf, LooksAtVrfLeavesOnly) {
 }
 
 TEST_F(IntfVrf, StopsAtTheFirstRefusal) {
-  Configure(Device{.l3 = R"({"name":"6","vrf":"red"},{"name":"7","vrf":"red"},)"
-                         R"({"name":"8","vrf":"red"})",
-                   .ospfv3 = Join({kIn7, Ospfv3Entry(10, "0.0.0.1", "l3-8")})});
+  Configure(Device{
+      .l3 = {{.name = "6", .vrf = "red"}, {.name = "7", .vrf = "red"}, {.name = "8", .vrf = "red"}},
+      .ospfv3 = {kIn7, {10, "0.0.0.1", "l3-8"}}});
   EXPECT_THAT(Walk(kL3List, kL3Refused),
               ElementsAre("maapi_keypath_diff_iterate /config/interface/l3",
                           "maapi_xpath_eval_expr /internal", "maapi_xpath_eval_expr /internal"));
 }
 
 TEST_F(IntfVrf, LooksAtNamesOfCreatedOspfv3EntriesOnly) {
-  const std::string interfaces = R"({"name":"7","vrf":"red"},{"name":"8"},{"name":"9"})";
+  const std::vector<ConfiguredIntf> interfaces = {
+      {.name = "7", .vrf = "red"}, {.name = "8"}, {.name = "9"}};
   Configure(
       Device{.l3 = interfaces,
-             .ospfv3 = Join({Ospfv3Entry(1, "0.0.0.1", "l3-9"), Ospfv3Entry(2, "0.0.0.1", "l3-9"),
-                             Ospfv3Entry(3, "0.0.0.1", "l3-9", 1)})},
+             .ospfv3 = {{1, "0.0.0.1", "l3-9"}, {2, "0.0.0.1", "l3-9"}, {3, "0.0.0.1", "l3-9", 1}}},
       Device{.l3 = interfaces,
-             .ospfv3 =
-                 Join({Ospfv3Entry(0, "0.0.0.1", "l3-8"), Ospfv3Entry(0, "0.0.0.1", "loopback-8"),
-                       Ospfv3Entry(0, "0.0.0.1", "mgmt-8"), Ospfv3Entry(2, "0.0.0.1", "l3-9"),
-                       Ospfv3Entry(3, "0.0.0.1", "l3-9", 2), Ospfv3Entry(9, "0.0.0.1", "l3-7"),
-                       Ospfv3Entry(9, "0.0.0.1", "l3-8")})});
+             .ospfv3 = {{0, "0.0.0.1", "l3-8"},
+                        {0, "0.0.0.1", "loopback-8"},
+                        {0, "0.0.0.1", "mgmt-8"},
+                        {2, "0.0.0.1", "l3-9"},
+                        {3, "0.0.0.1", "l3-9", 2},
+                        {9, "0.0.0.1", "l3-7"},
+                        {9, "0.0.0.1", "l3-8"}}});
   EXPECT_THAT(
       Walk("/internal/ospfv3-interface-l3{9 0.0.0.1 l3-7}/pm/binding/association", kOspfv3Refused),
       ElementsAre("maapi_keypath_diff_iterate /internal/ospfv3-interface-l3",
@@ -270,7 +276,7 @@ const Calls kFullLoad = {
 };
 
 TEST_F(IntfVrf, ReadsEveryIpv4TableOnceAndWalksEveryTime) {
-  Configure(Device{.l3 = R"({"name":"7","vrf":"red"})", .ospfv3 = kIn7});
+  Configure(Device{.l3 = {{.name = "7", .vrf = "red"}}, .ospfv3 = {kIn7}});
   EXPECT_EQ(Validate(kPoint, kL3List), kL3Refused);
   EXPECT_EQ(calls(), kFullLoad);
   EXPECT_EQ(Validate(kPoint, kL3List), kL3Refused);
@@ -279,7 +285,7 @@ TEST_F(IntfVrf, ReadsEveryIpv4TableOnceAndWalksEveryTime) {
 
 // A failing read of a table gives its default, and one in the walk passes the change.
 TEST_F(IntfVrf, PassesWhatItCannotRead) {
-  Configure(Device{.l3 = R"({"name":"7","vrf":"red"})", .ospfv3 = kIn7});
+  Configure(Device{.l3 = {{.name = "7", .vrf = "red"}}, .ospfv3 = {kIn7}});
   int faults = 0;
   for (size_t failing = 0; failing < kFullLoad.size(); ++failing) {
     if (kFullLoad[failing] == "maapi_destroy_cursor" || kFullLoad[failing] == "confd_free_value") {
@@ -299,7 +305,7 @@ TEST_F(IntfVrf, PassesWhatItCannotRead) {
 }
 
 TEST_F(IntfVrf, PassesAnOspfv3EntryThatItCannotJudge) {
-  Configure(Device{.l3 = R"({"name":"7","vrf":"red"})", .ospfv3 = kIn7});
+  Configure(Device{.l3 = {{.name = "7", .vrf = "red"}}, .ospfv3 = {kIn7}});
   const Calls walk = Walk(kOspfv3Entry, kOspfv3Refused);
   ASSERT_EQ(walk.size(), 2u);
   for (size_t failing = 0; failing < walk.size(); ++failing) {
@@ -310,8 +316,8 @@ TEST_F(IntfVrf, PassesAnOspfv3EntryThatItCannotJudge) {
 
 // The refusal of one change does not stay for the next transaction.
 TEST_F(IntfVrf, KeepsNoRefusal) {
-  const Device running{.l3 = R"({"name":"7"})", .ospfv3 = kIn7};
-  Configure(running, Device{.l3 = R"({"name":"7","vrf":"red"})", .ospfv3 = kIn7});
+  const Device running{.l3 = {{.name = "7"}}, .ospfv3 = {kIn7}};
+  Configure(running, Device{.l3 = {{.name = "7", .vrf = "red"}}, .ospfv3 = {kIn7}});
   EXPECT_EQ(Validate(kPoint, kL3List), kL3Refused);
   Configure(running, running);
   EXPECT_EQ(Validate(kPoint, kL3List), "accepted");

@@ -9,9 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "confd/watch_calls.h"
-#include "support/json_text.h"
-#include "support/ospf_json.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
 #include "support/scripted_confd.h"
 
@@ -40,134 +38,133 @@ struct CrossCase {
 std::ostream& operator<<(std::ostream& out, const CrossCase& c) { return out << c.name; }
 
 // L3 interface 7 in VRF red with these addresses.
-std::string L3(const std::string& primary, const std::string& secondaries = "") {
-  return R"({"name":"7","vrf":"red","ipv4":{"address":{"ip":)" + JsonText(primary) +
-         R"(,"secondary":[)" + secondaries + "]}}}";
+ConfiguredIntf L3(const std::string& primary, const std::vector<std::string>& secondaries = {}) {
+  return {.name = "7", .vrf = "red", .primary = primary, .ipv4 = secondaries};
 }
 
-std::string Loopback(const std::string& addresses) {
-  return R"({"name":"0","vrf":"red","ipv4":{"address":[)" + addresses + "]}}";
+ConfiguredIntf Loopback(const std::vector<std::string>& addresses) {
+  return {.name = "0", .vrf = "red", .ipv4 = addresses};
 }
 
-std::string Ip(const std::string& address) { return R"({"ip":)" + JsonText(address) + "}"; }
-
-const std::string kProcess1 = OspfProcess(1, 10, "red");
-const std::string kUses1 = OspfEntry(1, "0.0.0.9", "l3-7", "10.0.0.1", 24);
-const std::string kUses2 = OspfEntry(1, "0.0.0.9", "l3-7", "10.0.0.2", 24);
-const std::string kUsesLoopback = OspfEntry(1, "0.0.0.9", "loopback-0", "10.0.3.1", 32);
+const OspfProcess kProcess1 = {1, 10, "red"};
+const OspfEntry kUses1 = {1, "0.0.0.9", "l3-7", "10.0.0.1", 24};
+const OspfEntry kUses2 = {1, "0.0.0.9", "l3-7", "10.0.0.2", 24};
+const OspfEntry kUsesLoopback = {1, "0.0.0.9", "loopback-0", "10.0.3.1", 32};
 
 const CrossCase kCrossCases[] = {
     {"NothingConfigured", {}, "accepted"},
-    {"NoOspf", {.l3 = L3("10.0.0.1/24")}, "accepted"},
-    {"NoInterface", {.ospf = kUses1, .ospf_processes = kProcess1}, "accepted"},
-    {"Same", {.l3 = L3("10.0.0.1/24"), .ospf = kUses1, .ospf_processes = kProcess1}, "accepted"},
+    {"NoOspf", {.l3 = {L3("10.0.0.1/24")}}, "accepted"},
+    {"NoInterface", {.ospf = {kUses1}, .ospf_processes = {kProcess1}}, "accepted"},
+    {"Same",
+     {.l3 = {L3("10.0.0.1/24")}, .ospf = {kUses1}, .ospf_processes = {kProcess1}},
+     "accepted"},
     {"PrefixLengthChanged",
-     {.l3 = L3("10.0.0.1/25"), .ospf = kUses1, .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.1/25")}, .ospf = {kUses1}, .ospf_processes = {kProcess1}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"Removed",
-     {.l3 = R"({"name":"7","vrf":"red"})", .ospf = kUses1, .ospf_processes = kProcess1},
+     {.l3 = {{.name = "7", .vrf = "red"}}, .ospf = {kUses1}, .ospf_processes = {kProcess1}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"SecondaryAdded",
-     {.l3 = L3("10.0.0.1/24", Ip("10.0.0.2/24")), .ospf = kUses1, .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.1/24", {"10.0.0.2/24"})}, .ospf = {kUses1}, .ospf_processes = {kProcess1}},
      "10.0.0.2/24 cannot be added after interface is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     // The primary address is the first of the interface.
     {"PrimaryAndSecondaryAdded",
-     {.l3 = L3("10.0.0.3/24", Ip("10.0.0.1/24") + "," + Ip("10.0.0.2/24")),
-      .ospf = kUses1,
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.3/24", {"10.0.0.1/24", "10.0.0.2/24"})},
+      .ospf = {kUses1},
+      .ospf_processes = {kProcess1}},
      "10.0.0.3/24 cannot be added after interface is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"BothUsed",
-     {.l3 = L3("10.0.0.2/24", Ip("10.0.0.1/24")),
-      .ospf = kUses1 + "," + kUses2,
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.2/24", {"10.0.0.1/24"})},
+      .ospf = {kUses1, kUses2},
+      .ospf_processes = {kProcess1}},
      "accepted"},
     {"InTwoAreas",
-     {.l3 = L3("10.0.0.2/24", Ip("10.0.0.1/24")),
-      .ospf = OspfEntry(1, "0.0.0.1", "l3-7", "10.0.0.2") + "," +
-              OspfEntry(1, "0.0.0.2", "l3-7", "10.0.0.1"),
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.2/24", {"10.0.0.1/24"})},
+      .ospf = {{1, "0.0.0.1", "l3-7", "10.0.0.2"}, {1, "0.0.0.2", "l3-7", "10.0.0.1"}},
+      .ospf_processes = {kProcess1}},
      "accepted"},
     // The area of the first entry is named for an address of the second.
     {"RemovedFromTheSecondArea",
-     {.l3 = L3("10.0.0.2/24"),
-      .ospf = OspfEntry(1, "0.0.0.1", "l3-7", "10.0.0.2") + "," +
-              OspfEntry(1, "0.0.0.2", "l3-7", "10.0.0.1"),
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.2/24")},
+      .ospf = {{1, "0.0.0.1", "l3-7", "10.0.0.2"}, {1, "0.0.0.2", "l3-7", "10.0.0.1"}},
+      .ospf_processes = {kProcess1}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 1 "
      "(0.0.0.1)"},
     {"TwoProcesses",
-     {.l3 = L3("10.0.0.1/24", Ip("10.0.0.2/24")),
-      .ospf = kUses1 + "," + OspfEntry(2, "0.0.0.9", "l3-7", "10.0.0.2"),
-      .ospf_processes = kProcess1 + "," + OspfProcess(2, 11, "red")},
+     {.l3 = {L3("10.0.0.1/24", {"10.0.0.2/24"})},
+      .ospf = {kUses1, {2, "0.0.0.9", "l3-7", "10.0.0.2"}},
+      .ospf_processes = {kProcess1, {2, 11, "red"}}},
      "10.0.0.2/24 cannot be added after interface is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"LoopbackSame",
-     {.loopback = Loopback(Ip("10.0.3.1/32")), .ospf = kUsesLoopback, .ospf_processes = kProcess1},
+     {.loopback = {Loopback({"10.0.3.1/32"})},
+      .ospf = {kUsesLoopback},
+      .ospf_processes = {kProcess1}},
      "accepted"},
     {"LoopbackRemoved",
-     {.loopback = Loopback(""), .ospf = kUsesLoopback, .ospf_processes = kProcess1},
+     {.loopback = {Loopback({})}, .ospf = {kUsesLoopback}, .ospf_processes = {kProcess1}},
      "10.0.3.1/32 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"LoopbackAdded",
-     {.loopback = Loopback(Ip("10.0.3.1/32") + "," + Ip("10.0.3.2/32")),
-      .ospf = kUsesLoopback,
-      .ospf_processes = kProcess1},
+     {.loopback = {Loopback({"10.0.3.1/32", "10.0.3.2/32"})},
+      .ospf = {kUsesLoopback},
+      .ospf_processes = {kProcess1}},
      "10.0.3.2/32 cannot be added after interface is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     // L3 interfaces go first, whatever the order of the list.
     {"L3AndLoopback",
-     {.l3 = L3("10.0.0.9/24"),
-      .loopback = Loopback(""),
-      .ospf = OspfEntry(0, "0.0.0.9", "loopback-0", "10.0.3.1", 32) + "," + kUses1,
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.9/24")},
+      .loopback = {Loopback({})},
+      .ospf = {{0, "0.0.0.9", "loopback-0", "10.0.3.1", 32}, kUses1},
+      .ospf_processes = {kProcess1}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"SecondHyphenStays",
-     {.l3 = R"({"name":"lan-1"})",
-      .ospf = OspfEntry(1, "0.0.0.9", "l3-lan-1", "10.0.0.1"),
-      .ospf_processes = kProcess1},
+     {.l3 = {{.name = "lan-1"}},
+      .ospf = {{1, "0.0.0.9", "l3-lan-1", "10.0.0.1"}},
+      .ospf_processes = {kProcess1}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"NameWithoutHyphen",
-     {.l3 = L3("10.0.0.9/24"),
-      .ospf = OspfEntry(1, "0.0.0.9", "l3 7", "10.0.0.1"),
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.9/24")},
+      .ospf = {{1, "0.0.0.9", "l3 7", "10.0.0.1"}},
+      .ospf_processes = {kProcess1}},
      "accepted"},
     {"NameInOtherCase",
-     {.l3 = L3("10.0.0.9/24"),
-      .ospf = OspfEntry(1, "0.0.0.9", "L3-7", "10.0.0.1"),
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.9/24")},
+      .ospf = {{1, "0.0.0.9", "L3-7", "10.0.0.1"}},
+      .ospf_processes = {kProcess1}},
      "accepted"},
     {"PrefixLengthMissing",
-     {.l3 = L3("10.0.0.1/24"),
-      .ospf = OspfEntry(1, "0.0.0.9", "l3-7", "10.0.0.1", -1),
-      .ospf_processes = kProcess1},
+     {.l3 = {L3("10.0.0.1/24")},
+      .ospf = {{1, "0.0.0.9", "l3-7", "10.0.0.1", -1}},
+      .ospf_processes = {kProcess1}},
      "10.0.0.1/0 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
      "(0.0.0.9)"},
     {"ProcessUnknown",
-     {.l3 = L3("10.0.0.9/24"), .ospf = kUses1},
+     {.l3 = {L3("10.0.0.9/24")}, .ospf = {kUses1}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 0 vrf  area 9 "
      "(0.0.0.9)"},
     // The text is no format.
     {"Conversions",
-     {.l3 = L3("10.0.0.9/24"), .ospf = kUses1, .ospf_processes = OspfProcess(1, 10, "%s%n%d")},
+     {.l3 = {L3("10.0.0.9/24")}, .ospf = {kUses1}, .ospf_processes = {{1, 10, "%s%n%d"}}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf %s%n%d area "
      "9 (0.0.0.9)"},
     {"VrfOf255Bytes",
-     {.l3 = L3("10.0.0.9/24"),
-      .ospf = kUses1,
-      .ospf_processes = OspfProcess(1, 10, std::string(255, 'v'))},
+     {.l3 = {L3("10.0.0.9/24")},
+      .ospf = {kUses1},
+      .ospf_processes = {{1, 10, std::string(255, 'v')}}},
      "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf " +
          std::string(255, 'v') + " area 9 (0.0.0.9)"},
     // The VRFs are the matter of another point.
     {"OtherVrf",
-     {.l3 = R"({"name":"7","vrf":"blue","ipv4":{"address":{"ip":"10.0.0.1/24"}}})",
-      .ospf = kUses1,
-      .ospf_processes = kProcess1},
+     {.l3 = {{.name = "7", .vrf = "blue", .primary = "10.0.0.1/24"}},
+      .ospf = {kUses1},
+      .ospf_processes = {kProcess1}},
      "accepted"},
 };
 
@@ -185,10 +182,10 @@ INSTANTIATE_TEST_SUITE_P(Devices, CrossVerdict, testing::ValuesIn(kCrossCases),
 // What it reads --------------------------------------------------------------------------------
 
 TEST_F(OspfCross, ReadsL3ThenLoopbackThenOspf) {
-  Configure(Device{.l3 = R"({"name":"7","ipv4":{"address":{"ip":"10.0.0.1/24"}}})",
-                   .loopback = R"({"name":"0"})",
-                   .ospf = kUses1,
-                   .ospf_processes = kProcess1});
+  Configure(Device{.l3 = {{.name = "7", .primary = "10.0.0.1/24"}},
+                   .loopback = {{.name = "0"}},
+                   .ospf = {kUses1},
+                   .ospf_processes = {kProcess1}});
   EXPECT_EQ(Validate(), "accepted");
   const Calls expected = {
       "maapi_exists /config/interface/ipapp:l3",
@@ -228,7 +225,7 @@ TEST_F(OspfCross, ReadsL3ThenLoopbackThenOspf) {
 }
 
 TEST_F(OspfCross, ReadsNothingTheSecondTime) {
-  Configure(Device{.l3 = L3("10.0.0.9/24"), .ospf = kUses1, .ospf_processes = kProcess1});
+  Configure(Device{.l3 = {L3("10.0.0.9/24")}, .ospf = {kUses1}, .ospf_processes = {kProcess1}});
   const std::string refusal =
       "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf red area 9 "
       "(0.0.0.9)";
@@ -238,7 +235,7 @@ TEST_F(OspfCross, ReadsNothingTheSecondTime) {
 }
 
 TEST_F(OspfCross, LogsLookUpsThatFail) {
-  Configure(Device{.ospf = OspfEntry(4000000000, "0.0.0.9", "l3-7", "10.0.0.1", -1)});
+  Configure(Device{.ospf = {{4000000000, "0.0.0.9", "l3-7", "10.0.0.1", -1}}});
   TakeLogLines();
   EXPECT_EQ(Validate(), "accepted");
   EXPECT_THAT(TakeLogLines(),
@@ -248,7 +245,7 @@ TEST_F(OspfCross, LogsLookUpsThatFail) {
 }
 
 TEST_F(OspfCross, UnreadableOspfListFreezesNothing) {
-  Configure(Device{.l3 = L3("10.0.0.9/24"), .ospf = kUses1, .ospf_processes = kProcess1});
+  Configure(Device{.l3 = {L3("10.0.0.9/24")}, .ospf = {kUses1}, .ospf_processes = {kProcess1}});
   Validate();
   const size_t walk = calls().size() - 8;
   ASSERT_EQ(calls()[walk], "maapi_exists /internal/ospf-interface-l3");
@@ -260,10 +257,10 @@ TEST_F(OspfCross, UnreadableOspfListFreezesNothing) {
 
 // The keypath plays no part.
 TEST_F(OspfCross, IsTheSameForEveryKeypath) {
-  Configure(Device{.l3 = L3("10.0.0.9/24"),
-                   .loopback = Loopback(""),
-                   .ospf = kUses1,
-                   .ospf_processes = kProcess1});
+  Configure(Device{.l3 = {L3("10.0.0.9/24")},
+                   .loopback = {Loopback({})},
+                   .ospf = {kUses1},
+                   .ospf_processes = {kProcess1}});
   for (const char* path : {"/config/interface/loopback", "/config/interface/l3{7}", "/config"}) {
     EXPECT_EQ(PointTest::Validate(kPoint, path),
               "10.0.0.1/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf "
@@ -278,9 +275,9 @@ TEST_F(OspfCross, IsTheSameForEveryKeypath) {
 class OspfCrossException : public OspfCross {
  protected:
   OspfCrossException() {
-    Configure(Device{.l3 = L3("10.0.0.9/24"),
-                     .ospf = kUses1 + "," + OspfEntry(2, "0.0.0.8", "l3-8", "10.0.0.8"),
-                     .ospf_processes = kProcess1});
+    Configure(Device{.l3 = {L3("10.0.0.9/24")},
+                     .ospf = {kUses1, {2, "0.0.0.8", "l3-8", "10.0.0.8"}},
+                     .ospf_processes = {kProcess1}});
   }
   ~OspfCrossException() override { confd::WatchCalls(nullptr); }
 

@@ -10,12 +10,12 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "confd/watch_calls.h"
 #include "confd_maapi.h"
 #include "support/assertion.h"
-#include "support/ospf_json.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
 #include "support/scripted_confd.h"
 
@@ -47,21 +47,21 @@ constexpr char kFunction[] = "int ip_application::config_valid::validate_lower_l
 constexpr char kRefused[] =
     "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)";
 
-constexpr char kVlan100[] = R"({"name":"7","lower-layer-if":{"vlan":100}})";
-constexpr char kVlan200[] = R"({"name":"7","lower-layer-if":{"vlan":200}})";
+const ConfiguredIntf kVlan100 = {.name = "7", .vlan = 100};
+const ConfiguredIntf kVlan200 = {.name = "7", .vlan = 200};
 
 // From VLAN 100 to 200, with VLAN 100 in use.
 class LowerLayerFaults : public PointTest {
  protected:
-  LowerLayerFaults() { ConfigureTo(kVlan200, Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000100)); }
+  LowerLayerFaults() { ConfigureTo(kVlan200, {{10, "0.0.0.1", "l3-7", 1000100}}); }
   ~LowerLayerFaults() override {
     quad_parses = nullptr;
     confd::WatchCalls(nullptr);
   }
 
   // From VLAN 100 of interface 7 to that interface and those OSPFv3 interfaces.
-  void ConfigureTo(const std::string& l3, const std::string& ospfv3) {
-    Configure(Device{.l3 = kVlan100}, Device{.l3 = l3, .ospfv3 = ospfv3});
+  void ConfigureTo(const ConfiguredIntf& l3, const std::vector<Ospfv3Entry>& ospfv3) {
+    Configure(Device{.l3 = {kVlan100}}, Device{.l3 = {l3}, .ospfv3 = ospfv3});
   }
 
   // Makes the read of the committed VLAN succeed with that number.
@@ -134,8 +134,7 @@ TEST_F(LowerLayerFaults, UnreadableIndexIsZero) {
 }
 
 TEST_F(LowerLayerFaults, IndexOfOneEntryDoesNotStayForTheNext) {
-  ConfigureTo(kVlan200, Join({Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000008),
-                              Ospfv3Entry(11, "0.0.0.2", "l3-8")}));
+  ConfigureTo(kVlan200, {{10, "0.0.0.1", "l3-7", 1000008}, {11, "0.0.0.2", "l3-8"}});
   CommitVlan(-268435456);
   EXPECT_EQ(Validate(),
             "vlan -268435456 cannot be changed, it is assigned to router ospfv3 11 area 2 "
@@ -144,7 +143,7 @@ TEST_F(LowerLayerFaults, IndexOfOneEntryDoesNotStayForTheNext) {
 
 // A VLAN that is taken away is no VLAN 0.
 TEST_F(LowerLayerFaults, RemovedVlanIsNotVlanZero) {
-  ConfigureTo(R"({"name":"7"})", Ospfv3Entry(10, "0.0.0.1", "l3-7", 1000000));
+  ConfigureTo({.name = "7"}, {{10, "0.0.0.1", "l3-7", 1000000}});
   CommitVlan(0);
   EXPECT_EQ(Validate(),
             "vlan 0 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)");
@@ -217,7 +216,7 @@ TEST_F(LowerLayerFaultsDeathTest, NameOfTheInterfaceIsAText) {
 
 // It is not looked at without OSPFv3 interfaces.
 TEST_F(LowerLayerFaults, NameOfTheInterfaceDoesNotMatterWithoutOspfv3) {
-  Configure(Device{.l3 = R"({"name":"7"})"});
+  Configure(Device{.l3 = {{.name = "7"}}});
   EXPECT_EQ(PointTest::Validate(kPoint, "/config/interface/l3"), "accepted");
 }
 

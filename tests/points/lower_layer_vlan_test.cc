@@ -10,8 +10,7 @@
 #include <vector>
 
 #include "support/data_model.h"
-#include "support/json_text.h"
-#include "support/ospf_json.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
 
 namespace tests {
@@ -27,15 +26,14 @@ constexpr char kRefused[] =
     "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)";
 
 // L3 interface 7; zero: without VLAN.
-std::string OnVlan(int vlan, const std::string& name = "7") {
-  return R"({"name":)" + JsonText(name) +
-         (vlan == 0 ? "" : R"(,"lower-layer-if":{"vlan":)" + std::to_string(vlan) + "}") + "}";
+ConfiguredIntf OnVlan(int vlan, const std::string& name = "7") {
+  return {.name = name, .vlan = vlan};
 }
 
 // The index that OSPFv3 keeps for an interface on that VLAN.
 constexpr int64_t IndexOf(int vlan) { return 1000000 + vlan; }
 
-const std::string kUses100 = Ospfv3Entry(10, "0.0.0.1", "l3-7", IndexOf(100));
+const Ospfv3Entry kUses100 = {10, "0.0.0.1", "l3-7", IndexOf(100)};
 
 struct VlanCase {
   const char* name;
@@ -47,93 +45,89 @@ struct VlanCase {
 std::ostream& operator<<(std::ostream& out, const VlanCase& c) { return out << c.name; }
 
 // From VLAN 100 to 200, with these OSPFv3 interfaces in the candidate.
-VlanCase Changed(const char* name, const std::string& ospfv3, const std::string& verdict) {
-  return {name, {.l3 = OnVlan(100)}, {.l3 = OnVlan(200), .ospfv3 = ospfv3}, verdict};
+VlanCase Changed(const char* name, const std::vector<Ospfv3Entry>& ospfv3,
+                 const std::string& verdict) {
+  return {name, {.l3 = {OnVlan(100)}}, {.l3 = {OnVlan(200)}, .ospfv3 = ospfv3}, verdict};
 }
 
 const VlanCase kVlanCases[] = {
-    Changed("ChangedAndUsed", kUses100, kRefused),
-    Changed("ChangedAndNotUsed", Ospfv3Entry(10, "0.0.0.1", "l3-8", IndexOf(101)), "accepted"),
-    Changed("NoOspfv3", "", "accepted"),
+    Changed("ChangedAndUsed", {kUses100}, kRefused),
+    Changed("ChangedAndNotUsed", {{10, "0.0.0.1", "l3-8", IndexOf(101)}}, "accepted"),
+    Changed("NoOspfv3", {}, "accepted"),
     // The index counts, not the name.
-    Changed("OtherNameSameIndex", Ospfv3Entry(10, "0.0.0.1", "x", IndexOf(100)), kRefused),
-    Changed("SameNameOtherIndex", Ospfv3Entry(10, "0.0.0.1", "l3-7", IndexOf(99)), "accepted"),
-    Changed("SameNameNewIndex", Ospfv3Entry(10, "0.0.0.1", "l3-7", IndexOf(200)), "accepted"),
-    Changed("NoIndex", Ospfv3Entry(10, "0.0.0.1", "l3-7"), "accepted"),
-    Changed("IndexZero", Ospfv3Entry(10, "0.0.0.1", "l3-7", 0), "accepted"),
-    {"FirstVlan", {.l3 = OnVlan(0)}, {.l3 = OnVlan(100), .ospfv3 = kUses100}, "accepted"},
-    {"InterfaceCreated", {}, {.l3 = OnVlan(100), .ospfv3 = kUses100}, "accepted"},
-    {"SameVlan", {.l3 = OnVlan(100)}, {.l3 = OnVlan(100), .ospfv3 = kUses100}, "accepted"},
-    {"VlanDeleted", {.l3 = OnVlan(100)}, {.l3 = OnVlan(0), .ospfv3 = kUses100}, kRefused},
+    Changed("OtherNameSameIndex", {{10, "0.0.0.1", "x", IndexOf(100)}}, kRefused),
+    Changed("SameNameOtherIndex", {{10, "0.0.0.1", "l3-7", IndexOf(99)}}, "accepted"),
+    Changed("SameNameNewIndex", {{10, "0.0.0.1", "l3-7", IndexOf(200)}}, "accepted"),
+    Changed("NoIndex", {{10, "0.0.0.1", "l3-7"}}, "accepted"),
+    Changed("IndexZero", {{10, "0.0.0.1", "l3-7", 0}}, "accepted"),
+    {"FirstVlan", {.l3 = {OnVlan(0)}}, {.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}}, "accepted"},
+    {"InterfaceCreated", {}, {.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}}, "accepted"},
+    {"SameVlan", {.l3 = {OnVlan(100)}}, {.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}}, "accepted"},
+    {"VlanDeleted", {.l3 = {OnVlan(100)}}, {.l3 = {OnVlan(0)}, .ospfv3 = {kUses100}}, kRefused},
     {"VlanDeletedAndNotUsed",
-     {.l3 = OnVlan(100)},
-     {.l3 = OnVlan(0), .ospfv3 = Ospfv3Entry(10, "0.0.0.1", "l3-8", IndexOf(101))},
+     {.l3 = {OnVlan(100)}},
+     {.l3 = {OnVlan(0)}, .ospfv3 = {{10, "0.0.0.1", "l3-8", IndexOf(101)}}},
      "accepted"},
-    {"NeverHadAVlan", {.l3 = OnVlan(0)}, {.l3 = OnVlan(0), .ospfv3 = kUses100}, "accepted"},
+    {"NeverHadAVlan", {.l3 = {OnVlan(0)}}, {.l3 = {OnVlan(0)}, .ospfv3 = {kUses100}}, "accepted"},
     // The OSPFv3 interfaces are those after the change.
     {"ReleasedTogetherWithTheChange",
-     {.l3 = OnVlan(100), .ospfv3 = kUses100},
-     {.l3 = OnVlan(200)},
+     {.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}},
+     {.l3 = {OnVlan(200)}},
      "accepted"},
     {"MovedTogetherWithTheChange",
-     {.l3 = OnVlan(100), .ospfv3 = kUses100},
-     {.l3 = OnVlan(200), .ospfv3 = Ospfv3Entry(10, "0.0.0.1", "l3-7", IndexOf(200))},
+     {.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}},
+     {.l3 = {OnVlan(200)}, .ospfv3 = {{10, "0.0.0.1", "l3-7", IndexOf(200)}}},
      "accepted"},
     {"TwoInterfacesSwapVlans",
-     {.l3 = Join({OnVlan(100), OnVlan(200, "8")})},
-     {.l3 = Join({OnVlan(200), OnVlan(100, "8")}), .ospfv3 = kUses100},
+     {.l3 = {OnVlan(100), OnVlan(200, "8")}},
+     {.l3 = {OnVlan(200), OnVlan(100, "8")}, .ospfv3 = {kUses100}},
      kRefused},
     {"LimitsOfVlans",
-     {.l3 = OnVlan(1)},
-     {.l3 = OnVlan(4094), .ospfv3 = Ospfv3Entry(10, "0.0.0.1", "l3-7", IndexOf(1))},
+     {.l3 = {OnVlan(1)}},
+     {.l3 = {OnVlan(4094)}, .ospfv3 = {{10, "0.0.0.1", "l3-7", IndexOf(1)}}},
      "vlan 1 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)"},
     {"UpperLimitOfVlans",
-     {.l3 = OnVlan(4094)},
-     {.l3 = OnVlan(1), .ospfv3 = Ospfv3Entry(10, "0.0.0.1", "l3-7", IndexOf(4094))},
+     {.l3 = {OnVlan(4094)}},
+     {.l3 = {OnVlan(1)}, .ospfv3 = {{10, "0.0.0.1", "l3-7", IndexOf(4094)}}},
      "vlan 4094 cannot be changed, it is assigned to router ospfv3 10 area 1 (0.0.0.1)"},
     // Only the first one is reported, in the order of the list.
     Changed("FirstOfTwo",
-            Join({Ospfv3Entry(11, "0.0.0.1", "l3-7", IndexOf(100)),
-                  Ospfv3Entry(9, "0.0.0.2", "l3-7", IndexOf(100))}),
+            {{11, "0.0.0.1", "l3-7", IndexOf(100)}, {9, "0.0.0.2", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 9 area 2 (0.0.0.2)"),
-    Changed("SecondOfTwo", Join({Ospfv3Entry(9, "0.0.0.1", "l3-8", IndexOf(8)), kUses100}),
-            kRefused),
+    Changed("SecondOfTwo", {{9, "0.0.0.1", "l3-8", IndexOf(8)}, kUses100}, kRefused),
     Changed("FirstArea",
-            Join({Ospfv3Entry(10, "0.0.0.3", "l3-7", IndexOf(100)),
-                  Ospfv3Entry(10, "0.0.0.2", "l3-7", IndexOf(100))}),
+            {{10, "0.0.0.3", "l3-7", IndexOf(100)}, {10, "0.0.0.2", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 2 (0.0.0.2)"),
     // The area as one number, and in its dotted form.
-    Changed("Backbone", Ospfv3Entry(0, "0.0.0.0", "l3-7", IndexOf(100)),
+    Changed("Backbone", {{0, "0.0.0.0", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 0 area 0 (0.0.0.0)"),
-    Changed("AreaOfFourOctets", Ospfv3Entry(10, "1.2.3.4", "l3-7", IndexOf(100)),
+    Changed("AreaOfFourOctets", {{10, "1.2.3.4", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 16909060 "
             "(1.2.3.4)"),
-    Changed("LargestArea", Ospfv3Entry(10, "255.255.255.255", "l3-7", IndexOf(100)),
+    Changed("LargestArea", {{10, "255.255.255.255", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 10 area 4294967295 "
             "(255.255.255.255)"),
     // Deliberate: the process number is printed as a signed one.
-    Changed("LargestSignedProcess", Ospfv3Entry(2147483647, "0.0.0.1", "l3-7", IndexOf(100)),
+    Changed("LargestSignedProcess", {{2147483647, "0.0.0.1", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 2147483647 area 1 "
             "(0.0.0.1)"),
-    Changed("FirstNegativeProcess", Ospfv3Entry(2147483648, "0.0.0.1", "l3-7", IndexOf(100)),
+    Changed("FirstNegativeProcess", {{2147483648, "0.0.0.1", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 -2147483648 area 1 "
             "(0.0.0.1)"),
-    Changed("LargestProcess", Ospfv3Entry(4294967295, "0.0.0.1", "l3-7", IndexOf(100)),
+    Changed("LargestProcess", {{4294967295, "0.0.0.1", "l3-7", IndexOf(100)}},
             "vlan 100 cannot be changed, it is assigned to router ospfv3 -1 area 1 (0.0.0.1)"),
     // Names of OSPFv3 interfaces that mean something to a path. Deliberate: they go into it as they
     // are, and where it then names nothing the index counts as unknown.
-    Changed("NameWithQuote", Ospfv3Entry(10, "0.0.0.1", "it's", IndexOf(100)), kRefused),
-    Changed("NameWithBrackets", Ospfv3Entry(10, "0.0.0.1", "a]b[", IndexOf(100)), kRefused),
-    Changed("NameWithBrace", Ospfv3Entry(10, "0.0.0.1", "{a}", IndexOf(100)), kRefused),
-    Changed("NameWithConversions", Ospfv3Entry(10, "0.0.0.1", "%s%n", IndexOf(100)), kRefused),
-    Changed("NameWithBlank", Ospfv3Entry(10, "0.0.0.1", "l3-a b", IndexOf(100)), "accepted"),
-    Changed("NameInDoubleQuotes", Ospfv3Entry(10, "0.0.0.1", "\"a\"", IndexOf(100)), "accepted"),
-    Changed("EmptyName", Ospfv3Entry(10, "0.0.0.1", "", IndexOf(100)), "accepted"),
-    Changed("NameWithBraceAndSlash", Ospfv3Entry(10, "0.0.0.1", "a}/b", IndexOf(100)), "accepted"),
-    Changed("NameOf300Bytes", Ospfv3Entry(10, "0.0.0.1", std::string(300, 'n'), IndexOf(100)),
-            kRefused),
-    Changed("NameOf1100Bytes", Ospfv3Entry(10, "0.0.0.1", std::string(1100, 'n'), IndexOf(100)),
-            kRefused),
+    Changed("NameWithQuote", {{10, "0.0.0.1", "it's", IndexOf(100)}}, kRefused),
+    Changed("NameWithBrackets", {{10, "0.0.0.1", "a]b[", IndexOf(100)}}, kRefused),
+    Changed("NameWithBrace", {{10, "0.0.0.1", "{a}", IndexOf(100)}}, kRefused),
+    Changed("NameWithConversions", {{10, "0.0.0.1", "%s%n", IndexOf(100)}}, kRefused),
+    Changed("NameWithBlank", {{10, "0.0.0.1", "l3-a b", IndexOf(100)}}, "accepted"),
+    Changed("NameInDoubleQuotes", {{10, "0.0.0.1", "\"a\"", IndexOf(100)}}, "accepted"),
+    Changed("EmptyName", {{10, "0.0.0.1", "", IndexOf(100)}}, "accepted"),
+    Changed("NameWithBraceAndSlash", {{10, "0.0.0.1", "a}/b", IndexOf(100)}}, "accepted"),
+    Changed("NameOf300Bytes", {{10, "0.0.0.1", std::string(300, 'n'), IndexOf(100)}}, kRefused),
+    Changed("NameOf1100Bytes", {{10, "0.0.0.1", std::string(1100, 'n'), IndexOf(100)}}, kRefused),
 };
 
 class LowerLayer : public PointTest {
@@ -185,7 +179,7 @@ class LowerLayerName : public LowerLayer, public testing::WithParamInterface<Nam
 TEST_P(LowerLayerName, GoesIntoThePathAsItIs) {
   const std::string& name = GetParam().intf;
   const auto device = [&name](int vlan) {
-    return Device{.l3 = OnVlan(vlan, name), .ospfv3 = kUses100};
+    return Device{.l3 = {OnVlan(vlan, name)}, .ospfv3 = {kUses100}};
   };
   Configure(device(100), device(200));
   // As the daemon does it, from the node and not from a text.
@@ -224,22 +218,22 @@ struct ReadCase {
 std::ostream& operator<<(std::ostream& out, const ReadCase& c) { return out << c.name; }
 
 // Three entries, of which the second and the third have the index.
-const std::string kThree = Join({Ospfv3Entry(9, "0.0.0.1", "l3-8", IndexOf(8)), kUses100,
-                                 Ospfv3Entry(11, "0.0.0.1", "l3-7", IndexOf(100))});
+const std::vector<Ospfv3Entry> kThree = {
+    {9, "0.0.0.1", "l3-8", IndexOf(8)}, kUses100, {11, "0.0.0.1", "l3-7", IndexOf(100)}};
 
 const ReadCase kReadCases[] = {
     {"NoOspfv3",
-     {.l3 = OnVlan(100)},
-     {.l3 = OnVlan(200)},
+     {.l3 = {OnVlan(100)}},
+     {.l3 = {OnVlan(200)}},
      {"maapi_exists " + kList, "maapi_num_instances " + kList}},
-    {"FirstVlan", {.l3 = OnVlan(0)}, {.l3 = OnVlan(200), .ospfv3 = kThree}, kCommitted},
+    {"FirstVlan", {.l3 = {OnVlan(0)}}, {.l3 = {OnVlan(200)}, .ospfv3 = kThree}, kCommitted},
     {"SameVlan",
-     {.l3 = OnVlan(100)},
-     {.l3 = OnVlan(100), .ospfv3 = kThree},
+     {.l3 = {OnVlan(100)}},
+     {.l3 = {OnVlan(100)}, .ospfv3 = kThree},
      After(kCommitted, {"maapi_get_int32_elem " + kVlanPath})},
     {"UpToTheFirstMatch",
-     {.l3 = OnVlan(100)},
-     {.l3 = OnVlan(200), .ospfv3 = kThree},
+     {.l3 = {OnVlan(100)}},
+     {.l3 = {OnVlan(200)}, .ospfv3 = kThree},
      After(kCommitted,
            {"maapi_get_int32_elem " + kVlanPath, "maapi_init_cursor " + kList, "maapi_get_next",
             "maapi_get_u_int32_elem " + kList + "{ 9 0.0.0.1 l3-8 }/ospfv3-pm-if-index",
@@ -247,8 +241,8 @@ const ReadCase kReadCases[] = {
             "maapi_get_u_int32_elem " + kList + "{ 10 0.0.0.1 l3-7 }/ospfv3-pm-if-index",
             "maapi_destroy_cursor"})},
     {"ToTheEnd",
-     {.l3 = OnVlan(300)},
-     {.l3 = OnVlan(0), .ospfv3 = kUses100},
+     {.l3 = {OnVlan(300)}},
+     {.l3 = {OnVlan(0)}, .ospfv3 = {kUses100}},
      After(kCommitted,
            {"maapi_get_int32_elem " + kVlanPath, "maapi_init_cursor " + kList, "maapi_get_next",
             "maapi_get_u_int32_elem " + kList + "{ 10 0.0.0.1 l3-7 }/ospfv3-pm-if-index",
@@ -294,8 +288,8 @@ const FaultCase kFaults[] = {
 };
 
 TEST_F(LowerLayer, PassesWhatItCannotRead) {
-  const Device running{.l3 = OnVlan(100)};
-  const Device candidate{.l3 = OnVlan(200), .ospfv3 = kThree};
+  const Device running{.l3 = {OnVlan(100)}};
+  const Device candidate{.l3 = {OnVlan(200)}, .ospfv3 = kThree};
   int position = 0;
   for (const FaultCase& fault : kFaults) {
     SCOPED_TRACE("call " + std::to_string(position) + ", " + fault.call);
@@ -317,22 +311,22 @@ TEST_F(LowerLayer, PassesWhatItCannotRead) {
 
 // A read that fails is a change, also when the VLAN is the same.
 TEST_F(LowerLayer, RefusesTheSameVlanThatItCannotRead) {
-  Configure(Device{.l3 = OnVlan(100)}, Device{.l3 = OnVlan(100), .ospfv3 = kUses100});
+  Configure(Device{.l3 = {OnVlan(100)}}, Device{.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}});
   FailCall(static_cast<int>(kCommitted.size()));
   EXPECT_EQ(Validate(), kRefused);
 }
 
 // The keypath tells the interface by its second element, whatever the first one is.
 TEST_F(LowerLayer, TakesTheNameFromTheSecondElement) {
-  Configure(Device{.l3 = OnVlan(100)}, Device{.l3 = OnVlan(200), .ospfv3 = kUses100});
+  Configure(Device{.l3 = {OnVlan(100)}}, Device{.l3 = {OnVlan(200)}, .ospfv3 = {kUses100}});
   EXPECT_EQ(Validate("/config/interface/l3{7}/ipv4"), kRefused);
 }
 
 // A deleted interface has no VLAN any more. ConfD does not ask about deleted nodes.
 TEST_F(LowerLayer, RefusesToDeleteAnInterfaceInUse) {
-  Configure(Device{.l3 = OnVlan(100)}, Device{.l3 = OnVlan(100), .ospfv3 = kUses100});
+  Configure(Device{.l3 = {OnVlan(100)}}, Device{.l3 = {OnVlan(100)}, .ospfv3 = {kUses100}});
   confd::Keypath keypath(candidate(), kPath);
-  Configure(Device{.l3 = OnVlan(100)}, Device{.ospfv3 = kUses100});
+  Configure(Device{.l3 = {OnVlan(100)}}, Device{.ospfv3 = {kUses100}});
   EXPECT_EQ(PointTest::Validate(kPoint, keypath), kRefused);
 }
 

@@ -71,9 +71,7 @@ class PluginFaults : public PointTest, public testing::WithParamInterface<FaultC
     bool walk_follows;
   };
 
-  void Begin(const Situation& situation) {
-    Configure(situation.running.ToDevice(), situation.candidate.ToDevice());
-  }
+  void Begin(const Situation& situation) { Configure(situation.running, situation.candidate); }
 
   // One call of the point on a fresh Config: verdict, or type of the exception.
   std::string Judge(confd::Keypath& keypath) {
@@ -148,8 +146,7 @@ void PluginFaults::InjectCalls(const Situation& situation, const std::string& or
         ++figures_[GetParam().point].exceptions;
       } else {
         if (verdict != original) ++figures_[GetParam().point].other_verdicts;
-        outcomes_[{expected.equivalent.running.ToDevice().Json(),
-                   expected.equivalent.candidate.ToDevice().Json()}]
+        outcomes_[{expected.equivalent.running.Json(), expected.equivalent.candidate.Json()}]
             .push_back({name, verdict, expected.walk_follows});
       }
     }

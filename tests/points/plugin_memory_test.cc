@@ -70,7 +70,7 @@ std::vector<FaultCase> Cases() {
                    "ipv4_addr_prot_cross_validation",
                    "/config/interface/l3",
                    "",
-                   [](Situation& s) { s.candidate.Find("l3", "lan-2")->ipv4 = {"10.7.0.1/24"}; },
+                   [](Situation& s) { s.candidate.Find("l3", "lan-2").ipv4 = {"10.7.0.1/24"}; },
                    "10.7.0.1/24 cannot be added after interface is assigned to router ospf 2 vrf "
                    "red area 0 (0.0.0.0)",
                    {},
@@ -119,7 +119,7 @@ class PluginMemory : public PointTest, public testing::WithParamInterface<FaultC
 };
 
 void PluginMemory::FailEachIn(const Situation& situation, const std::string& verdict) {
-  Configure(situation.running.ToDevice(), situation.candidate.ToDevice());
+  Configure(situation.running, situation.candidate);
   confd::Keypath keypath(candidate(), GetParam().path);
   RenewConfig();
   Call(keypath, INT_MAX);  // what the platform keeps from its first use on

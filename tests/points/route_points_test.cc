@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "confd_maapi.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
-#include "support/route_json.h"
 #include "support/scripted_confd.h"
 #include "ztconfd.h"
 
@@ -45,18 +45,11 @@ constexpr char kInUse[] =
     "l3 7 is being used by a static route. Lower-layer-if cannot be removed from this interface";
 
 // "l3 7" on a VLAN, with the addresses in the conflicts.
-constexpr char kL3Seven[] =
-    R"({"name":"7","lower-layer-if":{"vlan":100},"ipv4":{"address":{"ip":"192.0.2.1/24"}},)"
-    R"("ipv6":{"address":[{"ip":"2001:db8::1/64"}]}})";
+const ConfiguredIntf kL3Seven = {
+    .name = "7", .vlan = 100, .primary = "192.0.2.1/24", .ipv6 = {"2001:db8::1/64"}};
 
 const ConfiguredRoute kOwnAddress4 = {0, "10.0.0.0/8", "192.0.2.1"};
 const ConfiguredRoute kOwnAddress6 = {0, "fd00::/8", "2001:db8::1"};
-
-Device DeviceOf(const std::string& l3, const std::vector<ConfiguredRoute>& routes) {
-  Device device{.l3 = l3};
-  AddRoutes(device, routes);
-  return device;
-}
 
 // `ipv4` and `ipv6` routes with a next hop, all different.
 std::vector<ConfiguredRoute> ManyRoutes(int ipv4, int ipv6) {
@@ -100,65 +93,105 @@ constexpr char kAccepted[] = "accepted";
 
 const VerdictCase kVerdictCases[] = {
     {"Nothing", {}, kAccepted, kAccepted, kAccepted},
-    {"OwnIpv4Address", DeviceOf(kL3Seven, {kOwnAddress4}), kConflict4, kAccepted, kAccepted},
-    {"OwnIpv6Address", DeviceOf(kL3Seven, {kOwnAddress6}), kAccepted, kConflict6, kAccepted},
-    {"OwnAddressesOfBoth", DeviceOf(kL3Seven, {kOwnAddress4, kOwnAddress6}), kConflict4, kConflict6,
+    {"OwnIpv4Address",
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress4}},
+     kConflict4,
+     kAccepted,
+     kAccepted},
+    {"OwnIpv6Address",
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress6}},
+     kAccepted,
+     kConflict6,
+     kAccepted},
+    {"OwnAddressesOfBoth",
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress4, kOwnAddress6}},
+     kConflict4,
+     kConflict6,
      kAccepted},
     {"NeighboursInTheSubnets",
-     DeviceOf(kL3Seven, {{0, "10.0.0.0/8", "192.0.2.2"}, {0, "fd00::/8", "2001:db8::2"}}),
-     kAccepted, kAccepted, kAccepted},
+     {.l3 = {kL3Seven}, .routes = {{0, "10.0.0.0/8", "192.0.2.2"}, {0, "fd00::/8", "2001:db8::2"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
     {"OtherVrf",
-     [] {
-       Device device = DeviceOf(kL3Seven, {{1, "10.0.0.0/8", "192.0.2.1"}});
-       device.vrfs = R"({"index":1,"vname":"red"})";
-       return device;
-     }(),
-     kAccepted, kAccepted, kAccepted},
+     {.l3 = {kL3Seven}, .vrfs = {{1, "red"}}, .routes = {{1, "10.0.0.0/8", "192.0.2.1"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
     {"VrfInOtherCase",
-     [] {
-       Device device = DeviceOf(kL3Seven, {{1, "10.0.0.0/8", "192.0.2.1"}});
-       device.vrfs = R"({"index":1,"vname":"Global"})";
-       return device;
-     }(),
-     kAccepted, kAccepted, kAccepted},
-    {"Ipv4BlackHoleAndNextHop", DeviceOf("", {{0, "10.0.0.0/8"}, {0, "10.0.0.0/8", "192.0.2.2"}}),
-     kBlackHole4, kAccepted, kAccepted},
-    {"Ipv6BlackHoleAndNextHop", DeviceOf("", {{0, "fd00::/8"}, {0, "fd00::/8", "2001:db8::2"}}),
-     kAccepted, kBlackHole6, kAccepted},
-    {"Ipv4At", DeviceOf("", ManyRoutes(1000, 0)), kAccepted, kAccepted, kAccepted},
-    {"Ipv4Above", DeviceOf("", ManyRoutes(1001, 0)), kExceeded, kExceeded, kAccepted},
-    {"Ipv6At", DeviceOf("", ManyRoutes(0, 500)), kAccepted, kAccepted, kAccepted},
-    {"Ipv6Above", DeviceOf("", ManyRoutes(0, 501)), kExceeded, kExceeded, kAccepted},
-    {"MixedAt", DeviceOf("", ManyRoutes(998, 1)), kAccepted, kAccepted, kAccepted},
-    {"MixedAbove", DeviceOf("", ManyRoutes(999, 1)), kExceeded, kExceeded, kAccepted},
+     {.l3 = {kL3Seven}, .vrfs = {{1, "Global"}}, .routes = {{1, "10.0.0.0/8", "192.0.2.1"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
+    {"Ipv4BlackHoleAndNextHop",
+     {.routes = {{0, "10.0.0.0/8"}, {0, "10.0.0.0/8", "192.0.2.2"}}},
+     kBlackHole4,
+     kAccepted,
+     kAccepted},
+    {"Ipv6BlackHoleAndNextHop",
+     {.routes = {{0, "fd00::/8"}, {0, "fd00::/8", "2001:db8::2"}}},
+     kAccepted,
+     kBlackHole6,
+     kAccepted},
+    {"Ipv4At", {.routes = ManyRoutes(1000, 0)}, kAccepted, kAccepted, kAccepted},
+    {"Ipv4Above", {.routes = ManyRoutes(1001, 0)}, kExceeded, kExceeded, kAccepted},
+    {"Ipv6At", {.routes = ManyRoutes(0, 500)}, kAccepted, kAccepted, kAccepted},
+    {"Ipv6Above", {.routes = ManyRoutes(0, 501)}, kExceeded, kExceeded, kAccepted},
+    {"MixedAt", {.routes = ManyRoutes(998, 1)}, kAccepted, kAccepted, kAccepted},
+    {"MixedAbove", {.routes = ManyRoutes(999, 1)}, kExceeded, kExceeded, kAccepted},
     // The last check that fails speaks; each point sees the black holes of its family.
     {"BlackHoleAndLimit",
-     DeviceOf("", Plus(ManyRoutes(1001, 0), {{0, "10.0.0.0/8"}, {0, "10.0.0.0/8", "192.0.2.2"}})),
-     kBlackHole4, kExceeded, kAccepted},
-    {"NextHopAndLimit", DeviceOf(kL3Seven, Plus(ManyRoutes(1001, 0), {kOwnAddress4})), kExceeded,
-     kExceeded, kAccepted},
+     {.routes = Plus(ManyRoutes(1001, 0), {{0, "10.0.0.0/8"}, {0, "10.0.0.0/8", "192.0.2.2"}})},
+     kBlackHole4,
+     kExceeded,
+     kAccepted},
+    {"NextHopAndLimit",
+     {.l3 = {kL3Seven}, .routes = Plus(ManyRoutes(1001, 0), {kOwnAddress4})},
+     kExceeded,
+     kExceeded,
+     kAccepted},
     {"OutputWithoutLowerLayer",
-     DeviceOf(R"({"name":"7"})", {{0, "10.0.0.0/8", "192.0.2.2", "l3-7"}}), kAccepted, kAccepted,
+     {.l3 = {{.name = "7"}}, .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l3-7"}}},
+     kAccepted,
+     kAccepted,
      kInUse},
     {"OutputOfAnIpv6RouteWithoutLowerLayer",
-     DeviceOf(R"({"name":"7"})", {{0, "fd00::/8", "fe80::1", "l3-7"}}), kAccepted, kAccepted,
+     {.l3 = {{.name = "7"}}, .routes = {{0, "fd00::/8", "fe80::1", "l3-7"}}},
+     kAccepted,
+     kAccepted,
      kInUse},
     {"OutputOfAnyThirdCharacter",
-     DeviceOf(R"({"name":"7"})", {{0, "10.0.0.0/8", "192.0.2.2", "l3x7"}}), kAccepted, kAccepted,
+     {.l3 = {{.name = "7"}}, .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l3x7"}}},
+     kAccepted,
+     kAccepted,
      kInUse},
-    {"OutputWithLowerLayer", DeviceOf(kL3Seven, {{0, "10.0.0.0/8", "192.0.2.2", "l3-7"}}),
-     kAccepted, kAccepted, kAccepted},
+    {"OutputWithLowerLayer",
+     {.l3 = {kL3Seven}, .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l3-7"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
     {"OutputOfABlackHole",
-     DeviceOf(R"({"name":"7"})", {{0, "10.0.0.0/8", "", "l3-7"}, {0, "fd00::/8", "", "l3-7"}}),
-     kAccepted, kAccepted, kAccepted},
-    {"OutputOfAnotherName", DeviceOf(R"({"name":"7"})", {{0, "10.0.0.0/8", "192.0.2.2", "l3-8"}}),
-     kAccepted, kAccepted, kAccepted},
-    {"RouteWithoutOutput", DeviceOf(R"({"name":"7"})", {{0, "10.0.0.0/8", "192.0.2.2"}}), kAccepted,
-     kAccepted, kAccepted},
+     {.l3 = {{.name = "7"}},
+      .routes = {{0, "10.0.0.0/8", "", "l3-7"}, {0, "fd00::/8", "", "l3-7"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
+    {"OutputOfAnotherName",
+     {.l3 = {{.name = "7"}}, .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l3-8"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
+    {"RouteWithoutOutput",
+     {.l3 = {{.name = "7"}}, .routes = {{0, "10.0.0.0/8", "192.0.2.2"}}},
+     kAccepted,
+     kAccepted,
+     kAccepted},
     {"FirstL3InterfaceInKeyOrder",
-     DeviceOf(R"({"name":"8"},{"name":"7"})",
-              {{0, "10.0.0.0/8", "192.0.2.2", "l3-8"}, {0, "11.0.0.0/8", "192.0.2.2", "l3-7"}}),
-     kAccepted, kAccepted, kInUse},
+     {.l3 = {{.name = "8"}, {.name = "7"}},
+      .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l3-8"}, {0, "11.0.0.0/8", "192.0.2.2", "l3-7"}}},
+     kAccepted,
+     kAccepted,
+     kInUse},
 };
 
 class RouteVerdict : public RoutePoints, public testing::WithParamInterface<VerdictCase> {};
@@ -181,25 +214,24 @@ INSTANTIATE_TEST_SUITE_P(Configurations, RouteVerdict, testing::ValuesIn(kVerdic
 // loopback is told.
 TEST_F(RoutePoints, NextHopOfEveryKindOfInterface) {
   Device device;
-  AddRoutes(device, {kOwnAddress4});
+  device.routes = {kOwnAddress4};
   const std::string end =
       " and static route 10.0.0.0/8 next-hop 192.0.2.1 cannot have address conflict.";
-  device.loopback = R"({"name":"0","ipv4":{"address":[{"ip":"192.0.2.1/32"}]}})";
+  device.loopback = {{.name = "0", .ipv4 = {"192.0.2.1/32"}}};
   Configure(device);
   EXPECT_EQ(Run(kIpv4Route), "loopback 0 ipv4 address 192.0.2.1/32" + end);
-  device.l3 = R"({"name":"7","ipv4":{"address":{"ip":"198.51.100.1/24",)"
-              R"("secondary":[{"ip":"192.0.2.1/24"}]}}})";
+  device.l3 = {{.name = "7", .primary = "198.51.100.1/24", .ipv4 = {"192.0.2.1/24"}}};
   RenewConfig();
   Configure(device);
   EXPECT_EQ(Run(kIpv4Route), "l3 7 ipv4 address 192.0.2.1/24" + end);
-  device.mgmt = R"({"name":"0","ipv4":{"address":{"ip":"192.0.2.1/25"}}})";
+  device.mgmt = {{.name = "0", .primary = "192.0.2.1/25"}};
   RenewConfig();
   Configure(device);
   EXPECT_EQ(Run(kIpv4Route), "mgmt 0 ipv4 address 192.0.2.1/25" + end);
 }
 
 TEST_F(RoutePoints, DebugLineOfTheLimit) {
-  Configure(DeviceOf("", ManyRoutes(999, 1)));
+  Configure(Device{.routes = ManyRoutes(999, 1)});
   TakeLogLines();
   EXPECT_EQ(Run(kIpv6Route), kExceeded);
   EXPECT_EQ(TakeLogLines(),
@@ -210,7 +242,8 @@ TEST_F(RoutePoints, DebugLineOfTheLimit) {
 
 // A message is no format.
 TEST_F(RoutePoints, MessagesAreNoFormats) {
-  Configure(DeviceOf(R"({"name":"%s%n"})", {{0, "10.0.0.0/8", "192.0.2.2", "l3-%s%n"}}));
+  Configure(
+      Device{.l3 = {{.name = "%s%n"}}, .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l3-%s%n"}}});
   EXPECT_EQ(Run(kL3Intf),
             "l3 %s%n is being used by a static route. Lower-layer-if cannot be removed from this "
             "interface");
@@ -220,10 +253,10 @@ TEST_F(RoutePoints, MessagesAreNoFormats) {
 
 // One interface of each kind without anything, and one route.
 Device SmallDevice() {
-  Device device = DeviceOf(R"({"name":"7"})", {{0, "10.0.0.0/8", "192.0.2.2"}});
-  device.loopback = R"({"name":"0"})";
-  device.mgmt = R"({"name":"0","ipv4":{"address":{"ip":"192.0.2.9/24"}}})";
-  return device;
+  return {.l3 = {{.name = "7"}},
+          .loopback = {{.name = "0"}},
+          .mgmt = {{.name = "0", .primary = "192.0.2.9/24"}},
+          .routes = {{0, "10.0.0.0/8", "192.0.2.2"}}};
 }
 
 const std::vector<std::string> kRouteRead = {
@@ -350,47 +383,44 @@ std::ostream& operator<<(std::ostream& out, const SequenceCase& c) { return out 
 
 const SequenceCase kSequenceCases[] = {
     // Deliberate: with both families loaded next hops of IPv4 only are tested.
-    {"Ipv6NextHopAlone", DeviceOf(kL3Seven, {kOwnAddress6}), {{kIpv6Route, kConflict6}}},
+    {"Ipv6NextHopAlone", {.l3 = {kL3Seven}, .routes = {kOwnAddress6}}, {{kIpv6Route, kConflict6}}},
     {"Ipv6NextHopBehindIpv4",
-     DeviceOf(kL3Seven, {kOwnAddress6}),
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress6}},
      {{kIpv4Route, kAccepted}, {kIpv6Route, kAccepted}}},
     {"Ipv6NextHopBehindL3Intf",
-     DeviceOf(kL3Seven, {kOwnAddress6}),
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress6}},
      {{kL3Intf, kAccepted}, {kIpv6Route, kAccepted}}},
     {"Ipv6NextHopTwice",
-     DeviceOf(kL3Seven, {kOwnAddress6}),
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress6}},
      {{kIpv6Route, kConflict6},
       {kIpv6Route, kConflict6},
       {kIpv4Route, kAccepted},
       {kIpv6Route, kAccepted}}},
     // The L3 interface has its IPv4 addresses because the other point has loaded them.
     {"Ipv6PointTellsOfIpv4NextHop",
-     DeviceOf(kL3Seven, {kOwnAddress4}),
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress4}},
      {{kIpv6Route, kAccepted}, {kL3Intf, kAccepted}, {kIpv6Route, kConflict4}}},
     {"Ipv4NextHopInEveryOrder",
-     DeviceOf(kL3Seven, {kOwnAddress4, kOwnAddress6}),
+     {.l3 = {kL3Seven}, .routes = {kOwnAddress4, kOwnAddress6}},
      {{kIpv6Route, kConflict6}, {kIpv4Route, kConflict4}, {kIpv6Route, kConflict4}}},
     {"Ipv4PointTellsOfIpv6BlackHole",
-     DeviceOf("", {{0, "fd00::/8"}, {0, "fd00::/8", "fe80::1"}}),
+     {.routes = {{0, "fd00::/8"}, {0, "fd00::/8", "fe80::1"}}},
      {{kIpv4Route, kAccepted}, {kL3Intf, kAccepted}, {kIpv4Route, kBlackHole6}}},
     {"Ipv6PointTellsOfIpv4BlackHoleFirst",
-     DeviceOf("", {{0, "fd00::/8"},
-                   {0, "fd00::/8", "fe80::1"},
-                   {0, "10.0.0.0/8"},
-                   {0, "10.0.0.0/8", "192.0.2.2"}}),
+     {.routes = {{0, "fd00::/8"},
+                 {0, "fd00::/8", "fe80::1"},
+                 {0, "10.0.0.0/8"},
+                 {0, "10.0.0.0/8", "192.0.2.2"}}},
      {{kIpv6Route, kBlackHole6}, {kIpv4Route, kBlackHole4}, {kIpv6Route, kBlackHole4}}},
     {"LimitIsTheSameForAll",
-     DeviceOf("", ManyRoutes(999, 1)),
+     {.routes = ManyRoutes(999, 1)},
      {{kL3Intf, kAccepted}, {kIpv4Route, kExceeded}, {kIpv6Route, kExceeded}}},
     // "mg t-0" is no name of an interface, so the loaded tables make no difference.
     {"ManagementAndLoopbackAsOutput",
-     [] {
-       Device device = DeviceOf("", {{0, "10.0.0.0/8", "192.0.2.2", "mgmt-0"},
-                                     {0, "11.0.0.0/8", "192.0.2.2", "loopback-0"}});
-       device.mgmt = R"({"name":"0"})";
-       device.loopback = R"({"name":"0"})";
-       return device;
-     }(),
+     {.loopback = {{.name = "0"}},
+      .mgmt = {{.name = "0"}},
+      .routes = {{0, "10.0.0.0/8", "192.0.2.2", "mgmt-0"},
+                 {0, "11.0.0.0/8", "192.0.2.2", "loopback-0"}}},
      {{kL3Intf, kAccepted}, {kIpv4Route, kAccepted}, {kL3Intf, kAccepted}}},
 };
 
@@ -409,7 +439,7 @@ INSTANTIATE_TEST_SUITE_P(Points, Sequence, testing::ValuesIn(kSequenceCases),
 
 // A Config that outlives its transaction answers for the routes that it read first.
 TEST_F(RoutePoints, KeepWhatTheyReadInAnEarlierTransaction) {
-  Configure(DeviceOf(kL3Seven, {kOwnAddress4}));
+  Configure(Device{.l3 = {kL3Seven}, .routes = {kOwnAddress4}});
   EXPECT_EQ(Run(kIpv4Route), kConflict4);
   Configure(Device{});
   EXPECT_EQ(Run(kIpv4Route), kConflict4);
@@ -420,7 +450,7 @@ TEST_F(RoutePoints, KeepWhatTheyReadInAnEarlierTransaction) {
 // Arguments and exceptions -----------------------------------------------------------------------
 
 TEST_F(RoutePoints, AreTheSameForEveryKeypath) {
-  Configure(DeviceOf(kL3Seven, {kOwnAddress4}));
+  Configure(Device{.l3 = {kL3Seven}, .routes = {kOwnAddress4}});
   for (const char* path : {kRoutes, kL3, "/config/interface/l3{7}", "/config"}) {
     RenewConfig();
     EXPECT_EQ(Validate(kIpv4Route, path), kConflict4) << path;
@@ -440,8 +470,9 @@ TEST_F(RoutePoints, DoNotLookAtSocketKeypathAndValue) {
                  {"validate_route_l3_intf", kInUse}};
   for (const auto& point : kPoints) {
     RenewConfig();
-    Configure(DeviceOf(std::string(kL3Seven) + R"(,{"name":"8"})",
-                       {kOwnAddress4, kOwnAddress6, {0, "11.0.0.0/8", "192.0.2.2", "l3-8"}}));
+    Configure(
+        Device{.l3 = {kL3Seven, {.name = "8"}},
+               .routes = {kOwnAddress4, kOwnAddress6, {0, "11.0.0.0/8", "192.0.2.2", "l3-8"}}});
     confd::TransactionContext context;
     Fill(context.get());
     char unknown[] = "unknown";
@@ -471,7 +502,7 @@ TEST_F(RoutePoints, LetTheExceptionOfAShortOutputNamePass) {
   ScriptedConfd scripted;
   for (const char* point : {kIpv4Route, kIpv6Route, kL3Intf}) {
     RenewConfig();
-    Configure(DeviceOf(kL3Seven, {{0, "10.0.0.0/8", "192.0.2.2", "l"}}));
+    Configure(Device{.l3 = {kL3Seven}, .routes = {{0, "10.0.0.0/8", "192.0.2.2", "l"}}});
     confd::TransactionContext context;
     Fill(context.get());
     std::string opaque = point;

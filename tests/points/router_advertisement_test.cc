@@ -26,17 +26,12 @@ struct Timers {
   std::optional<int> lifetime;
 };
 
-std::string Entry(const std::string& name, const Timers& timers) {
-  std::string leaves;
-  const auto add = [&leaves](const char* leaf, const std::optional<int>& seconds) {
-    if (!seconds) return;
-    if (!leaves.empty()) leaves += ",";
-    leaves += "\"" + std::string(leaf) + "\":" + std::to_string(*seconds);
-  };
-  add("max-interval", timers.max);
-  add("min-interval", timers.min);
-  add("lifetime", timers.lifetime);
-  return R"({"name":")" + name + R"(","ipv6":{"nd":{"ra":{)" + leaves + "}}}}";
+ConfiguredIntf Entry(const std::string& name, const Timers& timers) {
+  ConfiguredIntf entry{.name = name};
+  if (timers.max) entry.timers["max-interval"] = *timers.max;
+  if (timers.min) entry.timers["min-interval"] = *timers.min;
+  if (timers.lifetime) entry.timers["lifetime"] = *timers.lifetime;
+  return entry;
 }
 
 struct Case {
@@ -88,9 +83,9 @@ const Case kCases[] = {
 
 class RouterAdvertisement : public PointTest {
  protected:
-  void ConfigureEntry(const std::string& list, const std::string& entry) {
+  void ConfigureEntry(const std::string& list, const ConfiguredIntf& entry) {
     Device device;
-    (list == "l3" ? device.l3 : device.mgmt) = entry;
+    device.Interfaces(list) = {entry};
     Configure(device);
   }
 };
@@ -175,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(Names, RouterAdvertisementName,
 
 // Deliberate: "%%" is a conversion, too, and the timers of the interface "%" are those read.
 TEST_F(RouterAdvertisement, NameWithPercentTwiceIsReadAsOnePercent) {
-  Configure(Device{.mgmt = Entry("%", {600, 600, 1}) + "," + Entry("%%", {600, 450, 1800})});
+  Configure(Device{.mgmt = {Entry("%", {600, 600, 1}), Entry("%%", {600, 450, 1800})}});
   EXPECT_EQ(Validate(kInterval, "/config/interface/mgmt{%%}/ipv6/nd/ra"), kIntervalTooLarge);
   EXPECT_EQ(Validate(kInterval, "/config/interface/mgmt{%}/ipv6/nd/ra"), "accepted");
 }

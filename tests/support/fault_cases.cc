@@ -47,38 +47,37 @@ const std::vector<DocumentedAssertion> kAssertions = {
 
 // Every point accepts it, and many values matter: without its VRF an interface overlaps with
 // another one, and a route contradicts another one.
-World Candidate() {
+Device Candidate() {
   const std::map<std::string, int> timers = {
       {"max-interval", 600}, {"min-interval", 450}, {"lifetime", 1800}};
-  World world;
-  world.interfaces["l3"] = {{.name = "lan-1",
-                             .vlan = 100,
-                             .primary = "192.0.2.1/25",
-                             .ipv4 = {"198.51.100.1/24"},
-                             .ipv6 = {"2001:db8:1::1/64", "2001:db8:2::1/64"},
-                             .timers = timers},
-                            {.name = "lan-2",
-                             .vrf = "red",
-                             .vlan = 200,
-                             .primary = "192.0.2.2/25",
-                             .ipv6 = {"2001:db8:1::2/64"}},
-                            {.name = "lan-3", .vlan = 300, .primary = "203.0.113.1/24"},
-                            {.name = "wan", .vrf = "blue", .vlan = 400, .primary = "10.4.0.1/24"}};
-  world.interfaces["loopback"] = {
-      {.name = "0", .ipv4 = {"10.255.0.1/32"}, .ipv6 = {"2001:db8:ff::1/128"}},
-      {.name = "1",
-       .vrf = "red",
-       .ipv4 = {"10.255.0.1/32", "10.255.0.2/32"},
-       .ipv6 = {"2001:db8:ff::1/128"}}};
-  world.interfaces["mgmt"] = {
+  Device device;
+  device.l3 = {{.name = "lan-1",
+                .vlan = 100,
+                .primary = "192.0.2.1/25",
+                .ipv4 = {"198.51.100.1/24"},
+                .ipv6 = {"2001:db8:1::1/64", "2001:db8:2::1/64"},
+                .timers = timers},
+               {.name = "lan-2",
+                .vrf = "red",
+                .vlan = 200,
+                .primary = "192.0.2.2/25",
+                .ipv6 = {"2001:db8:1::2/64"}},
+               {.name = "lan-3", .vlan = 300, .primary = "203.0.113.1/24"},
+               {.name = "wan", .vrf = "blue", .vlan = 400, .primary = "10.4.0.1/24"}};
+  device.loopback = {{.name = "0", .ipv4 = {"10.255.0.1/32"}, .ipv6 = {"2001:db8:ff::1/128"}},
+                     {.name = "1",
+                      .vrf = "red",
+                      .ipv4 = {"10.255.0.1/32", "10.255.0.2/32"},
+                      .ipv6 = {"2001:db8:ff::1/128"}}};
+  device.mgmt = {
       {.name = "0",
        .vrf = "mgmt",
        .primary = "172.16.0.1/24",
        .ipv6 = {"2001:db8:99::1/64"},
        .timers = timers},
       {.name = "1", .vrf = "blue", .primary = "172.16.0.2/24", .ipv6 = {"2001:db8:99::2/64"}}};
-  world.vrf_names = {{11, "red"}, {13, "red"}, {21, "blue"}, {22, "blue"}};
-  world.routes = {
+  device.vrfs = {{11, "red"}, {13, "red"}, {21, "blue"}, {22, "blue"}};
+  device.routes = {
       {1, "10.0.0.0/8", "192.0.2.3", "l3-lan-1"},
       {2, "10.1.0.0/16"},
       {3, "10.2.0.0/16", "203.0.113.9"},
@@ -89,16 +88,16 @@ World Candidate() {
       {21, "10.5.0.0/16", "192.0.2.1"},
       {22, "2001:db8:cccc::/48", "2001:db8:1::1"},
   };
-  world.ospf = {{10, "0.0.0.1", "l3-lan-1", "192.0.2.1", 25, 1, "global"},
-                {11, "0.0.0.1", "l3-lan-1", "198.51.100.1", 24, 1, "global"},
-                {20, "0.0.0.0", "l3-lan-2", "192.0.2.2", 25, 2, "red"},
-                {30, "0.0.0.0", "loopback-0", "10.255.0.1", 32, 1, "global"},
-                {40, "0.0.0.0", "mgmt", "172.16.0.1", 24, 1, "global"},
-                {50, "0.0.0.0", "l3-gone", "10.9.9.9", 24, 1, "global"}};
-  world.ospfv3 = {{10, "0.0.0.1", "l3-lan-3", 1000300},
-                  {10, "0.0.0.1", "loopback-0", -1},
-                  {11, "0.0.0.0", "l3-old", 1000999}};
-  return world;
+  device.ospf = {
+      {10, "0.0.0.1", "l3-lan-1", "192.0.2.1", 25}, {11, "0.0.0.1", "l3-lan-1", "198.51.100.1", 24},
+      {20, "0.0.0.0", "l3-lan-2", "192.0.2.2", 25}, {30, "0.0.0.0", "loopback-0", "10.255.0.1", 32},
+      {40, "0.0.0.0", "mgmt", "172.16.0.1", 24},    {50, "0.0.0.0", "l3-gone", "10.9.9.9", 24}};
+  device.ospf_processes = {{10, 1, "global"}, {11, 1, "global"}, {20, 2, "red"},
+                           {30, 1, "global"}, {40, 1, "global"}, {50, 1, "global"}};
+  device.ospfv3 = {{10, "0.0.0.1", "l3-lan-3", 1000300},
+                   {10, "0.0.0.1", "loopback-0", -1},
+                   {11, "0.0.0.0", "l3-old", 1000999}};
+  return device;
 }
 
 // The calls ---------------------------------------------------------------------------------------
@@ -121,21 +120,21 @@ constexpr char kL3Timers[] = "/config/interface/l3{lan-1}/ipv6/nd/ra";
 constexpr char kMgmtTimers[] = "/config/interface/mgmt{0}/ipv6/nd/ra";
 
 void OverlapIpv4(Situation& situation) {
-  situation.candidate.Find("loopback", "0")->ipv4.push_back("192.0.2.20/32");
-  situation.candidate.Find("mgmt", "1")->primary = "172.16.0.0/24";
+  situation.candidate.Find("loopback", "0").ipv4.push_back("192.0.2.20/32");
+  situation.candidate.Find("mgmt", "1").primary = "172.16.0.0/24";
 }
 void OverlapIpv6(Situation& situation) {
-  situation.candidate.Find("loopback", "0")->ipv6.push_back("2001:db8:1::20/128");
-  situation.candidate.Find("mgmt", "0")->ipv6.push_back("2001:db8:1::30/64");
+  situation.candidate.Find("loopback", "0").ipv6.push_back("2001:db8:1::20/128");
+  situation.candidate.Find("mgmt", "0").ipv6.push_back("2001:db8:1::30/64");
 }
 void ContradictOspfv3(Situation& situation) {
-  situation.candidate.Find("l3", "lan-3")->vrf = "green";
-  situation.candidate.Find("loopback", "1")->vrf = "green";
+  situation.candidate.Find("l3", "lan-3").vrf = "green";
+  situation.candidate.Find("loopback", "1").vrf = "green";
   situation.candidate.ospfv3.push_back({12, "0.0.0.0", "loopback-1", -1});
 }
 void ShortenTimers(Situation& situation) {
-  for (World::Intf* intf :
-       {situation.candidate.Find("l3", "lan-1"), situation.candidate.Find("mgmt", "0")}) {
+  for (ConfiguredIntf* intf :
+       {&situation.candidate.Find("l3", "lan-1"), &situation.candidate.Find("mgmt", "0")}) {
     intf->timers["min-interval"] = 451;
     intf->timers["lifetime"] = 600;
   }
@@ -143,7 +142,7 @@ void ShortenTimers(Situation& situation) {
 
 const std::vector<FaultCase> kCases = {
     {"Names", "intf_l3_name_validation", kL3List, "",
-     [](Situation& s) { s.candidate.interfaces["l3"].push_back({.name = "z z"}); },
+     [](Situation& s) { s.candidate.l3.push_back({.name = "z z"}); },
      "L3 interface name z z contains invalid characters (allowed characters: 0-9, a-z, A-Z, _, -)",
      kL3Table},
     {"VrfOfL3", "intf_vrf_validation", kL3List, "4", ContradictOspfv3,
@@ -155,7 +154,7 @@ const std::vector<FaultCase> kCases = {
      false},
     {"VrfOfOspf", "intf_vrf_validation",
      "/internal/ospf-interface-l3{10 0.0.0.1 l3-lan-1 192.0.2.1}/pm/binding/association", "4",
-     [](Situation& s) { s.candidate.ospf[3].vrf = "red"; },
+     [](Situation& s) { s.candidate.ospf_processes[3].vrf = "red"; },
      "loopback 0 vrf global and router ospf 1 vrf red cannot be associated with divergent VRF",
      Places({kL3Table, kRoutes, {"config:52", "validate_intf_vrf:237"}})},
     {"VrfOfOspfv3", "intf_vrf_validation",
@@ -181,7 +180,7 @@ const std::vector<FaultCase> kCases = {
      "mgmt 1 ipv4 address 172.16.0.0/24 cannot be configured as network address.",
      Places({kL3Table, kRoutes, {"config:52"}}), false},
     {"Ospf", "ipv4_addr_prot_cross_validation", kL3List, "",
-     [](Situation& s) { s.candidate.Find("l3", "lan-2")->primary = "192.0.2.5/25"; },
+     [](Situation& s) { s.candidate.Find("l3", "lan-2").primary = "192.0.2.5/25"; },
      "192.0.2.2/25 cannot be modified nor deleted, it is assigned to router ospf 2 vrf red area 0 "
      "(0.0.0.0)",
      kL3Table},
@@ -236,7 +235,7 @@ const std::vector<FaultCase> kCases = {
      "accepted",
      {"validate_nd_ra:84", "validate_nd_ra:85"}},
     {"OutputInterfaces", "static_route_l3_intf_validation", kL3List, "46",
-     [](Situation& s) { s.candidate.Find("l3", "lan-2")->vlan = 0; },
+     [](Situation& s) { s.candidate.Find("l3", "lan-2").vlan = 0; },
      "l3 lan-2 is being used by a static route. Lower-layer-if cannot be removed from this "
      "interface",
      Places({kL3Table, kRoutes})},
@@ -257,12 +256,13 @@ const std::vector<DocumentedAssertion>& DocumentedAssertions() { return kAsserti
 // Before the transaction: VRFs, VLANs and OSPFv3 interfaces were others.
 Situation CleanSituation() {
   Situation situation{Candidate(), Candidate()};
-  World& running = situation.running;
-  running.Find("l3", "lan-2")->vrf.reset();
-  running.Find("l3", "lan-3")->vlan = 299;
-  running.Find("l3", "wan")->vrf = "red";
-  running.Find("loopback", "1")->vrf = "blue";
+  Device& running = situation.running;
+  running.Find("l3", "lan-2").vrf.reset();
+  running.Find("l3", "lan-3").vlan = 299;
+  running.Find("l3", "wan").vrf = "red";
+  running.Find("loopback", "1").vrf = "blue";
   running.ospf.pop_back();
+  running.ospf_processes.pop_back();
   running.ospfv3.erase(running.ospfv3.begin(), running.ospfv3.begin() + 2);
   return situation;
 }

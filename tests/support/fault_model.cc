@@ -96,7 +96,7 @@ class Effect {
       TakeRest({path_, 0});
     } else if (function_.starts_with("cdb_")) {
       // Ending the session comes after the read.
-      if (function_ != "cdb_end_session") running_.Find("l3", subject_)->vlan = 0;
+      if (function_ != "cdb_end_session") running_.Find("l3", subject_).vlan = 0;
     } else if (function_ == "maapi_keypath_diff_iterate") {
       is_wrong() ? ChangeReport() : void(running_ = candidate_);
     } else if (function_ == "maapi_xpath_eval_expr") {
@@ -122,7 +122,7 @@ class Effect {
   }
   // The list of addresses that `list` is the path of.
   std::vector<std::string>& AddressesOf(const std::string& list) {
-    World::Intf& intf = *candidate_.Find(KindOf(list), FirstKeys(list));
+    ConfiguredIntf& intf = candidate_.Find(KindOf(list), FirstKeys(list));
     return list.find("/ipv6/") != std::string::npos ? intf.ipv6 : intf.ipv4;
   }
   bool IsInterfaceList(const std::string& path) const {
@@ -146,17 +146,11 @@ class Effect {
     }
     throw std::logic_error("no such route");
   }
-  World::OspfUse& OspfUseOf(uint32_t id) {
-    for (World::OspfUse& use : candidate_.ospf) {
-      if (use.id == id) return use;
-    }
-    throw std::logic_error("no such OSPF interface");
-  }
 
   // A walk ends before its entry number `step`.
   void TakeRest(const Walk& walk) {
     if (IsInterfaceList(walk.list)) {
-      Truncate(candidate_.interfaces[KindOf(walk.list)], walk.step);
+      Truncate(candidate_.Interfaces(KindOf(walk.list)), walk.step);
     } else if (IsOfInterfaces(walk.list)) {
       Truncate(AddressesOf(walk.list), walk.step);
     } else if (walk.list == kOspfList) {
@@ -179,8 +173,7 @@ class Effect {
     const size_t key = fault_.request.position;
     if (IsInterfaceList(walk.list)) {
       // The name is the text of that number, and nothing is found below it.
-      World::Intf& intf = candidate_.interfaces[KindOf(walk.list)].at(walk.step);
-      intf = World::Intf{.name = kNumberForText};
+      candidate_.Interfaces(KindOf(walk.list)).at(walk.step) = {.name = kNumberForText};
     } else if (IsOfInterfaces(walk.list)) {
       auto& addresses = AddressesOf(walk.list);
       addresses.erase(addresses.begin() + static_cast<ptrdiff_t>(walk.step));
@@ -222,7 +215,7 @@ class Effect {
   // Not asked for and so for the table that is read last.
   void TakeLeaf() {
     if (IsInterfaceList(path_)) {
-      candidate_.interfaces[KindOf(path_)].clear();
+      candidate_.Interfaces(KindOf(path_)).clear();
     } else if (IsOfInterfaces(path_)) {
       TakeInterfaceLeaf();
     } else if (path_ == kOspfList) {
@@ -232,7 +225,7 @@ class Effect {
     } else if (path_.starts_with("/internal/vrf-config/")) {
       const uint32_t index = FirstNumber(FirstKeys(path_));
       if (is_wrong()) found_.assertion = "config:236";
-      if (IsReadRoute(index)) candidate_.vrf_names.erase(index);
+      if (IsReadRoute(index)) candidate_.vrfs.erase(index);
     } else if (path_.starts_with("/rtmStaticRtEntry-global{")) {
       const uint32_t index = FirstNumber(FirstKeys(path_));
       if (is_wrong()) found_.assertion = "static_route_config:105";
@@ -247,7 +240,7 @@ class Effect {
   bool IsReadRoute(uint32_t index) { return IsRead(RouteOf(index)); }
 
   void TakeOspfv3Index() {
-    for (World::Ospfv3Use& use : candidate_.ospfv3) {
+    for (Ospfv3Entry& use : candidate_.ospfv3) {
       const std::string keys =
           " " + std::to_string(use.process) + " " + use.area + " " + use.name + " ";
       if (FirstKeys(path_) == keys) use.index = -1;
@@ -255,15 +248,19 @@ class Effect {
   }
 
   void TakeOspfLeaf() {
-    World::OspfUse& use = OspfUseOf(FirstNumber(FirstKeys(path_)));
-    if (path_.ends_with("/ospf-pm-ip-netmask")) use.length = -1;
-    if (path_.ends_with("/proc_id")) use.process = 0;
-    if (path_.ends_with("/vrf_name")) use.vrf.clear();
+    const uint32_t id = FirstNumber(FirstKeys(path_));
+    for (OspfEntry& entry : candidate_.ospf) {
+      if (entry.id == id && path_.ends_with("/ospf-pm-ip-netmask")) entry.length = -1;
+    }
+    for (OspfProcess& process : candidate_.ospf_processes) {
+      if (process.id == id && path_.ends_with("/proc_id")) process.process = 0;
+      if (process.id == id && path_.ends_with("/vrf_name")) process.vrf = "";
+    }
   }
 
   void TakeInterfaceLeaf() {
     const std::string kind = KindOf(path_);
-    World::Intf& intf = *candidate_.Find(kind, FirstKeys(path_));
+    ConfiguredIntf& intf = candidate_.Find(kind, FirstKeys(path_));
     const std::string leaf = path_.substr(path_.rfind('/') + 1);
     const bool is_read = function_ != "maapi_exists";
     if (leaf == "vlan") {
@@ -291,7 +288,7 @@ class Effect {
 
   // As if OSPFv3 had used the interface before.
   void KeepOspfv3(const std::string& name) {
-    for (const World::Ospfv3Use& use : candidate_.ospfv3) {
+    for (const Ospfv3Entry& use : candidate_.ospfv3) {
       if (use.name == name) running_.ospfv3.push_back(use);
     }
   }
@@ -317,10 +314,10 @@ class Effect {
       if (FunctionOf(calls_[i]) == "maapi_xpath_eval_expr") ++changes;
       if (FunctionOf(calls_[i]) == "maapi_keypath_diff_iterate") kind = KindOf(PathOf(calls_[i]));
     }
-    for (const World::Intf& intf : candidate_.interfaces[kind]) {
-      World::Intf* before = running_.Find(kind, intf.name);
-      if (!intf.vrf || before->vrf == intf.vrf || changes-- > 0) continue;
-      before->vrf = intf.vrf;
+    for (const ConfiguredIntf& intf : candidate_.Interfaces(kind)) {
+      ConfiguredIntf& before = running_.Find(kind, intf.name);
+      if (!intf.vrf || before.vrf == intf.vrf || changes-- > 0) continue;
+      before.vrf = intf.vrf;
       return;
     }
   }
@@ -334,8 +331,8 @@ class Effect {
   const std::string path_;
   bool is_of_the_walk_ = false;
   Expectation found_;
-  World& running_;
-  World& candidate_;
+  Device& running_;
+  Device& candidate_;
 };
 
 }  // namespace

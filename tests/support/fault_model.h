@@ -8,14 +8,14 @@
 #include <vector>
 
 #include "confd/watch_calls.h"
-#include "support/world.h"
+#include "support/device.h"
 
 namespace tests {
 
 /// What a call of a validation point is about.
 struct Situation {
-  World running;
-  World candidate;
+  Device running;
+  Device candidate;
 };
 
 struct Fault {

@@ -17,10 +17,6 @@ void Look(void* handle, const char* name, Function& function) {
   if (function == nullptr) throw std::runtime_error(dlerror());
 }
 
-std::string Member(const char* name, const std::string& entries) {
-  return "\"" + std::string(name) + "\":[" + entries + "]";
-}
-
 }  // namespace
 
 Module OpenModule() {
@@ -37,16 +33,6 @@ Module OpenModule() {
 const Module& LoadedModule() {
   static const Module module = OpenModule();
   return module;
-}
-
-std::string Device::Json() const {
-  return R"({"velmor-config:config":{"interface":{)" + Member("velmor-ip-app:l3", l3) + "," +
-         Member("velmor-ip-app:loopback", loopback) + "," + Member("velmor-ip-app:mgmt", mgmt) +
-         R"(}},"velmor-internal:internal":{"vrf-config":{)" + Member("indexTOstring", vrfs) + "}," +
-         Member("ospf-interface-l3", ospf) + "," + Member("ospf-index-to-proc-id", ospf_processes) +
-         "," + Member("ospfv3-interface-l3", ospfv3) +
-         R"(},"KX-RTM-MIB:KX-RTM-MIB":{"rtmStaticRtTable":{)" + Member("rtmStaticRtEntry", routes) +
-         "}}," + Member("velmor-static-route:rtmStaticRtEntry-global", route_outputs) + "}";
 }
 
 PointTest::PointTest() : values_before_(confd::OutstandingValues()) {

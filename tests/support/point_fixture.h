@@ -17,6 +17,7 @@
 #include "store/snapshot.h"
 #include "confd_dp.h"
 #include "framework/host.h"
+#include "support/device.h"
 
 namespace tests {
 
@@ -34,22 +35,6 @@ Module OpenModule();
 
 /// Stays loaded for the life of the program.
 const Module& LoadedModule();
-
-/// A device configuration as JSON text. Each argument is the inside of a JSON array, for example
-/// R"({"name":"7","vrf":"red"})" for one L3 interface.
-struct Device {
-  std::string l3 = {};
-  std::string loopback = {};
-  std::string mgmt = {};
-  std::string vrfs = {};            ///< entries of indexTOstring
-  std::string routes = {};          ///< entries of rtmStaticRtEntry
-  std::string route_outputs = {};   ///< entries of rtmStaticRtEntry-global
-  std::string ospf = {};            ///< entries of ospf-interface-l3
-  std::string ospf_processes = {};  ///< entries of ospf-index-to-proc-id
-  std::string ospfv3 = {};          ///< entries of ospfv3-interface-l3
-
-  std::string Json() const;
-};
 
 /// One Config, from lib_init to lib_finish, over any number of transactions. A test fails when a
 /// cursor stays open or a value is not released.

@@ -18,6 +18,7 @@
 #include "config.h"
 #include "framework/host.h"
 #include "support/data_model.h"
+#include "support/device.h"
 #include "support/point_fixture.h"
 
 namespace tests {

@@ -8,7 +8,6 @@
 #include <list>
 #include <map>
 #include <new>
-#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -16,7 +15,7 @@
 
 #include "confd_lib.h"
 #include "config.h"
-#include "support/json_text.h"
+#include "support/device.h"
 #include "support/scripted_confd.h"
 #include "support/table_fixture.h"
 #include "vrfid/vrfid.h"
@@ -46,7 +45,6 @@ using tests::Answer;
 using tests::Device;
 using tests::ExpectedCalls;
 using tests::Int32;
-using tests::JsonText;
 using tests::ScriptedConfd;
 using tests::Uint32;
 
@@ -72,13 +70,13 @@ class DataAccess : public tests::TableTest {
  protected:
   // Interface 7 has everything; interface 8 and VRF index 6 have nothing.
   DataAccess() {
-    Configure(
-        Device{.l3 =
-                   R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100},
-                "ipv4":{"address":{"ip":"192.0.2.1/24"}},
-                "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}},{"name":"8"})",
-               .vrfs = R"({"index":5,"vname":"blue"},{"index":6},{"index":1005,"vname":"violet"},)"
-                       R"({"index":4294967295,"vname":"last"})"});
+    Configure(Device{.l3 = {{.name = "7",
+                             .vrf = "red",
+                             .vlan = 100,
+                             .primary = "192.0.2.1/24",
+                             .ipv6 = {"2001:db8::1/64"}},
+                            {.name = "8"}},
+                     .vrfs = {{5, "blue"}, {6, {}}, {1005, "violet"}, {4294967295, "last"}}});
     Bind(reader);
     components.clear();
     vrf_offset = 0;
@@ -685,11 +683,9 @@ class KeyList : public tests::TableTest {
 
   // L3 interfaces of these names and nothing else.
   void ConfigureL3(const std::vector<std::string>& names) {
-    std::string entries;
-    for (const std::string& name : names) {
-      entries += (entries.empty() ? "" : ",") + (R"({"name":)" + JsonText(name)) + "}";
-    }
-    Configure(Device{.l3 = entries});
+    Device device;
+    for (const std::string& name : names) device.l3.push_back({.name = name});
+    Configure(device);
   }
 
   Reader reader;
@@ -716,14 +712,13 @@ TEST_F(KeyList, IsInTheOrderOfTheList) {
 }
 
 TEST_F(KeyList, OfAListThatTheUserOrders) {
-  Configure(Device{.loopback = R"({"name":"0","ipv4":{"address":[
-      {"ip":"10.0.0.2/24"},{"ip":"10.0.0.1/24"}]}})"});
+  Configure(Device{.loopback = {{.name = "0", .ipv4 = {"10.0.0.2/24", "10.0.0.1/24"}}}});
   EXPECT_THAT(reader.get_key_list("/config/interface/ipapp:loopback{0}/ipv4/address"),
               ElementsAre("10.0.0.2/24", "10.0.0.1/24"));
 }
 
 TEST_F(KeyList, GivesNumbersAsDecimals) {
-  Configure(Device{.ospf_processes = R"({"compound-id":10},{"compound-id":9})"});
+  Configure(Device{.ospf_processes = {{10}, {9}}});
   EXPECT_THAT(reader.get_key_list(kProcesses), ElementsAre("9", "10"));
 }
 
@@ -742,9 +737,8 @@ TEST_F(KeyList, CutsInsideACharacter) {
   EXPECT_THAT(reader.get_key_list(kL3), ElementsAre(std::string(254, 'x') + "\xc3"));
 }
 
-constexpr char kOspfEntries[] =
-    R"({"compound-id":1,"area":"0.0.0.0","if-name":"l3-7","if-address":"192.0.2.1"},
-       {"compound-id":2,"area":"0.0.0.9","if-name":"loopback-0","if-address":"192.0.2.2"})";
+const std::vector<tests::OspfEntry> kOspfEntries = {{1, "0.0.0.0", "l3-7", "192.0.2.1", -1},
+                                                    {2, "0.0.0.9", "loopback-0", "192.0.2.2", -1}};
 
 TEST_F(KeyList, OfSeveralKeysGivesTheFirst) {
   Configure(Device{.ospf = kOspfEntries});
@@ -841,9 +835,9 @@ std::vector<std::string> Texts(const std::list<Mask>& masks) {
 class AddressList : public KeyList {
  protected:
   AddressList() {
-    Configure(Device{.l3 = R"({"name":"7","ipv4":{"address":{"secondary":[
-        {"ip":"10.0.2.1/24"},{"ip":"10.0.0.1/24"},{"ip":"10.0.1.1/24"}]}},
-        "ipv6":{"address":[{"ip":"2001:db8:2::1/64"},{"ip":"2001:DB8:1::1/64"}]}})"});
+    Configure(Device{.l3 = {{.name = "7",
+                             .ipv4 = {"10.0.2.1/24", "10.0.0.1/24", "10.0.1.1/24"},
+                             .ipv6 = {"2001:db8:2::1/64", "2001:DB8:1::1/64"}}}});
   }
 
   ScriptedConfd scripted;
@@ -879,7 +873,7 @@ TEST_F(AddressList, IsInTheOrderOfTheConfiguration) {
 }
 
 TEST_F(AddressList, OfNoEntryMakesNoReadOfAnAddress) {
-  Configure(Device{.l3 = R"({"name":"7"})"});
+  Configure(Device{.l3 = {{.name = "7"}}});
   EXPECT_THAT(reader.get_intf_ipv4_addr_mask_list(kSecondaries), IsEmpty());
   EXPECT_EQ(TakeCalls(), ExpectedCalls().Walk(kSecondaries, 0));
   EXPECT_THAT(reader.get_intf_ipv6_addr_mask_list(kAddresses6), IsEmpty());
@@ -954,8 +948,8 @@ TEST_F(AddressList, UnreadableAddressIsLeftOutAndReported) {
 
 // "Nothing" and the unspecified address are one value.
 TEST_F(AddressList, ConfiguredUnspecifiedAddressIsLeftOutAndReported) {
-  Configure(Device{.loopback = R"({"name":"0","ipv4":{"address":[
-      {"ip":"0.0.0.0/0"},{"ip":"0.0.0.0/8"}]},"ipv6":{"address":[{"ip":"::/0"},{"ip":"::/8"}]}})"});
+  Configure(Device{
+      .loopback = {{.name = "0", .ipv4 = {"0.0.0.0/0", "0.0.0.0/8"}, .ipv6 = {"::/0", "::/8"}}}});
   EXPECT_THAT(Texts(reader.get_intf_ipv4_addr_mask_list(
                   "/config/interface/ipapp:loopback{0}/ipv4/address")),
               ElementsAre("0.0.0.0/8"));

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "config.h"
-#include "support/json_text.h"
+#include "support/device.h"
 #include "support/table_fixture.h"
 
 namespace ip_application::config_valid {
@@ -22,9 +22,9 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using tests::ConfiguredIntf;
 using tests::Device;
 using tests::ExpectedCalls;
-using tests::JsonText;
 
 constexpr ConfigAddrFamily kIpv4 = ConfigAddrFamily::IPv4;
 constexpr ConfigAddrFamily kIpv6 = ConfigAddrFamily::IPv6;
@@ -79,14 +79,15 @@ const framework::Fault kMgmtFault = {0, "ReadConfig", "src/lib/config", 475,
 
 // Whole traces ---------------------------------------------------------------------------------
 
-constexpr char kL3Seven[] =
-    R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100},
-        "ipv4":{"address":{"ip":"192.0.2.1/24",
-                           "secondary":[{"ip":"198.51.100.1/24"},{"ip":"10.0.0.1/8"}]}},
-        "ipv6":{"address":[{"ip":"2001:db8:2::1/64"},{"ip":"2001:db8:1::1/64"}]}})";
+const ConfiguredIntf kL3Seven = {.name = "7",
+                                 .vrf = "red",
+                                 .vlan = 100,
+                                 .primary = "192.0.2.1/24",
+                                 .ipv4 = {"198.51.100.1/24", "10.0.0.1/8"},
+                                 .ipv6 = {"2001:db8:2::1/64", "2001:db8:1::1/64"}};
 
 TEST_F(InterfaceTable, CallsOfTheL3ReaderForIpv4) {
-  Configure(Device{.l3 = kL3Seven});
+  Configure(Device{.l3 = {kL3Seven}});
   l3.ReadConfig(kIpv4);
   const std::vector<std::string> expected = {
       "maapi_exists /config/interface/ipapp:l3",
@@ -120,7 +121,7 @@ TEST_F(InterfaceTable, CallsOfTheL3ReaderForIpv4) {
 }
 
 TEST_F(InterfaceTable, CallsOfTheL3ReaderForIpv6) {
-  Configure(Device{.l3 = kL3Seven});
+  Configure(Device{.l3 = {kL3Seven}});
   l3.ReadConfig(kIpv6);
   const std::vector<std::string> expected = {
       "maapi_exists /config/interface/ipapp:l3",
@@ -165,9 +166,9 @@ struct ReadCase {
 
 std::ostream& operator<<(std::ostream& out, const ReadCase& c) { return out << c.name; }
 
-Device WithL3(const std::string& entries) { return Device{.l3 = entries}; }
-Device WithLo(const std::string& entries) { return Device{.loopback = entries}; }
-Device WithMgmt(const std::string& entries) { return Device{.mgmt = entries}; }
+Device WithL3(const std::vector<ConfiguredIntf>& entries) { return {.l3 = entries}; }
+Device WithLo(const std::vector<ConfiguredIntf>& entries) { return {.loopback = entries}; }
+Device WithMgmt(const std::vector<ConfiguredIntf>& entries) { return {.mgmt = entries}; }
 
 framework::Fault AddressListFault4(const std::string& key) {
   return {0, "get_intf_ipv4_addr_mask_list", "src/lib/config", 301,
@@ -189,29 +190,28 @@ const std::string kVlan = kL3 + "{7}/lower-layer-if/vlan";
 const std::string kVrf = kL3 + "{7}/vrf";
 
 const ReadCase kL3Cases[] = {
-    {"NoEntry", WithL3(""), kIpv4, {}, L3Walk(0), {}},
-    {"NoEntryIpv6", WithL3(""), kIpv6, {}, L3Walk(0), {}},
+    {"NoEntry", WithL3({}), kIpv4, {}, L3Walk(0), {}},
+    {"NoEntryIpv6", WithL3({}), kIpv6, {}, L3Walk(0), {}},
     {"NothingConfigured",
-     WithL3(R"({"name":"7"})"),
+     WithL3({{.name = "7"}}),
      kIpv4,
      {},
      L3Walk(1).Exists(kIp).Walk(kSecondary, 0).Exists(kVlan).Exists(kVrf),
      {"[l3 7] 4: 6: vrf:global lower:-"}},
     {"NothingConfiguredIpv6",
-     WithL3(R"({"name":"7"})"),
+     WithL3({{.name = "7"}}),
      kIpv6,
      {},
      L3Walk(1).Walk(kAddress6, 0).Exists(kVlan).Exists(kVrf),
      {"[l3 7] 4: 6: vrf:global lower:-"}},
     {"PrimaryOnly",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24"}}})"),
+     WithL3({{.name = "7", .primary = "192.0.2.1/24"}}),
      kIpv4,
      {},
      L3Walk(1).Ipv4(kIp).Walk(kSecondary, 0).Exists(kVlan).Exists(kVrf),
      {"[l3 7] 4: 192.0.2.1/24 6: vrf:global lower:-"}},
     {"OneSecondary",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24",
-                "secondary":[{"ip":"10.0.0.1/8"}]}}})"),
+     WithL3({{.name = "7", .primary = "192.0.2.1/24", .ipv4 = {"10.0.0.1/8"}}}),
      kIpv4,
      {},
      L3Walk(1)
@@ -222,8 +222,9 @@ const ReadCase kL3Cases[] = {
          .Exists(kVrf),
      {"[l3 7] 4: 192.0.2.1/24 10.0.0.1/8 6: vrf:global lower:-"}},
     {"ThreeSecondaries",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24",
-                "secondary":[{"ip":"10.0.3.1/24"},{"ip":"10.0.1.1/24"},{"ip":"10.0.2.1/24"}]}}})"),
+     WithL3({{.name = "7",
+              .primary = "192.0.2.1/24",
+              .ipv4 = {"10.0.3.1/24", "10.0.1.1/24", "10.0.2.1/24"}}}),
      kIpv4,
      {},
      L3Walk(1)
@@ -236,8 +237,7 @@ const ReadCase kL3Cases[] = {
          .Exists(kVrf),
      {"[l3 7] 4: 192.0.2.1/24 10.0.3.1/24 10.0.1.1/24 10.0.2.1/24 6: vrf:global lower:-"}},
     {"SecondariesWithoutPrimary",
-     WithL3(R"({"name":"7","ipv4":{"address":{
-                "secondary":[{"ip":"10.0.2.1/24"},{"ip":"10.0.1.1/24"}]}}})"),
+     WithL3({{.name = "7", .ipv4 = {"10.0.2.1/24", "10.0.1.1/24"}}}),
      kIpv4,
      {},
      L3Walk(1)
@@ -249,8 +249,7 @@ const ReadCase kL3Cases[] = {
          .Exists(kVrf),
      {"[l3 7] 4: 10.0.2.1/24 10.0.1.1/24 6: vrf:global lower:-"}},
     {"PrimaryIsAlsoSecondary",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"10.0.0.1/8",
-                "secondary":[{"ip":"10.0.0.1/8"}]}}})"),
+     WithL3({{.name = "7", .primary = "10.0.0.1/8", .ipv4 = {"10.0.0.1/8"}}}),
      kIpv4,
      {},
      L3Walk(1)
@@ -262,14 +261,13 @@ const ReadCase kL3Cases[] = {
      {"[l3 7] 4: 10.0.0.1/8 10.0.0.1/8 6: vrf:global lower:-"}},
     // No fault: only a management interface has to have an address.
     {"PrimaryUnspecified",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"0.0.0.0/0"}}})"),
+     WithL3({{.name = "7", .primary = "0.0.0.0/0"}}),
      kIpv4,
      {},
      L3Walk(1).Ipv4(kIp).Walk(kSecondary, 0).Exists(kVlan).Exists(kVrf),
      {"[l3 7] 4: 6: vrf:global lower:-"}},
     {"PrimaryUnreadable",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24",
-                "secondary":[{"ip":"10.0.0.1/8"}]}}})"),
+     WithL3({{.name = "7", .primary = "192.0.2.1/24", .ipv4 = {"10.0.0.1/8"}}}),
      kIpv4,
      {"maapi_get_ipv4_and_plen_elem " + kIp},
      L3Walk(1)
@@ -280,8 +278,7 @@ const ReadCase kL3Cases[] = {
          .Exists(kVrf),
      {"[l3 7] 4: 10.0.0.1/8 6: vrf:global lower:-"}},
     {"SecondaryUnreadable",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24",
-                "secondary":[{"ip":"10.0.0.1/8"},{"ip":"11.0.0.1/8"}]}}})"),
+     WithL3({{.name = "7", .primary = "192.0.2.1/24", .ipv4 = {"10.0.0.1/8", "11.0.0.1/8"}}}),
      kIpv4,
      {"maapi_get_ipv4_and_plen_elem " + kSecondary + "{10.0.0.1/8}/ip"},
      L3Walk(1)
@@ -294,14 +291,13 @@ const ReadCase kL3Cases[] = {
      {"[l3 7] 4: 192.0.2.1/24 11.0.0.1/8 6: vrf:global lower:-"},
      {AddressListFault4("10.0.0.1/8")}},
     {"SecondariesUnreadable",
-     WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24",
-                "secondary":[{"ip":"10.0.0.1/8"}]}}})"),
+     WithL3({{.name = "7", .primary = "192.0.2.1/24", .ipv4 = {"10.0.0.1/8"}}}),
      kIpv4,
      {"maapi_exists " + kSecondary},
      L3Walk(1).Ipv4(kIp).Exists(kSecondary).Exists(kVlan).Exists(kVrf),
      {"[l3 7] 4: 192.0.2.1/24 6: vrf:global lower:-"}},
     {"Ipv6AddressUnreadable",
-     WithL3(R"({"name":"7","ipv6":{"address":[{"ip":"2001:db8::1/64"},{"ip":"2001:db8::2/64"}]}})"),
+     WithL3({{.name = "7", .ipv6 = {"2001:db8::1/64", "2001:db8::2/64"}}}),
      kIpv6,
      {"maapi_exists " + kAddress6 + "{2001:db8::1/64}/ip"},
      L3Walk(1)
@@ -313,25 +309,25 @@ const ReadCase kL3Cases[] = {
      {"[l3 7] 4: 6: 2001:db8::2/64 vrf:global lower:-"},
      {AddressListFault6("2001:db8::1/64")}},
     {"VlanAndVrfUnreadable",
-     WithL3(R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100}})"),
+     WithL3({{.name = "7", .vrf = "red", .vlan = 100}}),
      kIpv4,
      {"maapi_get_elem " + kVlan, "maapi_get_elem " + kVrf},
      L3Walk(1).Exists(kIp).Walk(kSecondary, 0).Element(kVlan).Text(kVrf),
      {"[l3 7] 4: 6: vrf: lower:-"}},
     {"VlanAndVrfUnreadableIpv6",
-     WithL3(R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100}})"),
+     WithL3({{.name = "7", .vrf = "red", .vlan = 100}}),
      kIpv6,
      {"maapi_get_elem " + kVlan, "maapi_get_elem " + kVrf},
      L3Walk(1).Walk(kAddress6, 0).Element(kVlan).Text(kVrf),
      {"[l3 7] 4: 6: vrf: lower:-"}},
     {"AnotherFamilyReadsNoAddresses",
-     WithL3(kL3Seven),
+     WithL3({kL3Seven}),
      kNoFamily,
      {},
      L3Walk(1).Element(kVlan).Text(kVrf),
      {"[l3 7] 4: 6: vrf:red lower:1000100"}},
     {"TwoEntriesInKeyOrder",
-     WithL3(R"({"name":"8","vrf":"red"},{"name":"10","lower-layer-if":{"vlan":1}})"),
+     WithL3({{.name = "8", .vrf = "red"}, {.name = "10", .vlan = 1}}),
      kIpv4,
      {},
      L3Walk(2)
@@ -351,16 +347,15 @@ const std::string kLoAddress6 = kLo + "{0}/ipv6/address";
 const std::string kLoVrf = kLo + "{0}/vrf";
 
 const ReadCase kLoCases[] = {
-    {"NoEntry", WithLo(""), kIpv4, {}, LoWalk(0), {}},
+    {"NoEntry", WithLo({}), kIpv4, {}, LoWalk(0), {}},
     {"NothingConfigured",
-     WithLo(R"({"name":"0"})"),
+     WithLo({{.name = "0"}}),
      kIpv4,
      {},
      LoWalk(1).Walk(kLoAddress, 0).Exists(kLoVrf),
      {"[loopback 0] 4: 6: vrf:global lower:-"}},
     {"ThreeAddresses",
-     WithLo(R"({"name":"0","vrf":"red","ipv4":{"address":[
-                {"ip":"10.0.3.1/32"},{"ip":"10.0.1.1/32"},{"ip":"10.0.2.1/32"}]}})"),
+     WithLo({{.name = "0", .vrf = "red", .ipv4 = {"10.0.3.1/32", "10.0.1.1/32", "10.0.2.1/32"}}}),
      kIpv4,
      {},
      LoWalk(1)
@@ -371,7 +366,7 @@ const ReadCase kLoCases[] = {
          .Text(kLoVrf),
      {"[loopback 0] 4: 10.0.3.1/32 10.0.1.1/32 10.0.2.1/32 6: vrf:red lower:-"}},
     {"AddressUnreadable",
-     WithLo(R"({"name":"0","ipv4":{"address":[{"ip":"10.0.3.1/32"},{"ip":"10.0.1.1/32"}]}})"),
+     WithLo({{.name = "0", .ipv4 = {"10.0.3.1/32", "10.0.1.1/32"}}}),
      kIpv4,
      {"maapi_get_ipv4_and_plen_elem " + kLoAddress + "{10.0.1.1/32}/ip"},
      LoWalk(1)
@@ -382,8 +377,10 @@ const ReadCase kLoCases[] = {
      {"[loopback 0] 4: 10.0.3.1/32 6: vrf:global lower:-"},
      {AddressListFault4("10.0.1.1/32")}},
     {"Ipv6Addresses",
-     WithLo(R"({"name":"0","vrf":"red","ipv4":{"address":[{"ip":"10.0.3.1/32"}]},
-                "ipv6":{"address":[{"ip":"2001:db8::2/128"},{"ip":"2001:db8::1/128"}]}})"),
+     WithLo({{.name = "0",
+              .vrf = "red",
+              .ipv4 = {"10.0.3.1/32"},
+              .ipv6 = {"2001:db8::2/128", "2001:db8::1/128"}}}),
      kIpv6,
      {},
      LoWalk(1)
@@ -393,13 +390,13 @@ const ReadCase kLoCases[] = {
          .Text(kLoVrf),
      {"[loopback 0] 4: 6: 2001:db8::2/128 2001:db8::1/128 vrf:red lower:-"}},
     {"VrfUnreadable",
-     WithLo(R"({"name":"0","vrf":"red"})"),
+     WithLo({{.name = "0", .vrf = "red"}}),
      kIpv4,
      {"maapi_get_elem " + kLoVrf},
      LoWalk(1).Walk(kLoAddress, 0).Text(kLoVrf),
      {"[loopback 0] 4: 6: vrf: lower:-"}},
     {"AnotherFamilyReadsNoAddresses",
-     WithLo(R"({"name":"0","vrf":"red","ipv4":{"address":[{"ip":"10.0.3.1/32"}]}})"),
+     WithLo({{.name = "0", .vrf = "red", .ipv4 = {"10.0.3.1/32"}}}),
      kNoFamily,
      {},
      LoWalk(1).Text(kLoVrf),
@@ -411,36 +408,36 @@ const std::string kMgmtAddress6 = kMgmt + "{0}/ipv6/address";
 const std::string kMgmtVrf = kMgmt + "{0}/vrf";
 
 const ReadCase kMgmtCases[] = {
-    {"NoEntry", WithMgmt(""), kIpv4, {}, MgmtWalk(0), {}},
+    {"NoEntry", WithMgmt({}), kIpv4, {}, MgmtWalk(0), {}},
     {"Address",
-     WithMgmt(R"({"name":"0","vrf":"mgmt","ipv4":{"address":{"ip":"10.0.0.10/24"}}})"),
+     WithMgmt({{.name = "0", .vrf = "mgmt", .primary = "10.0.0.10/24"}}),
      kIpv4,
      {},
      MgmtWalk(1).Ipv4(kMgmtIp).Text(kMgmtVrf),
      {"[mgmt 0] 4: 10.0.0.10/24 6: vrf:mgmt lower:-"}},
     {"NoAddress",
-     WithMgmt(R"({"name":"0"})"),
+     WithMgmt({{.name = "0"}}),
      kIpv4,
      {},
      MgmtWalk(1).Exists(kMgmtIp).Exists(kMgmtVrf),
      {"[mgmt 0] 4: 6: vrf:global lower:-"},
      {kMgmtFault}},
     {"AddressUnspecified",
-     WithMgmt(R"({"name":"0","ipv4":{"address":{"ip":"0.0.0.0/0"}}})"),
+     WithMgmt({{.name = "0", .primary = "0.0.0.0/0"}}),
      kIpv4,
      {},
      MgmtWalk(1).Ipv4(kMgmtIp).Exists(kMgmtVrf),
      {"[mgmt 0] 4: 6: vrf:global lower:-"},
      {kMgmtFault}},
     {"AddressUnreadable",
-     WithMgmt(R"({"name":"0","ipv4":{"address":{"ip":"10.0.0.10/24"}}})"),
+     WithMgmt({{.name = "0", .primary = "10.0.0.10/24"}}),
      kIpv4,
      {"maapi_get_ipv4_and_plen_elem " + kMgmtIp},
      MgmtWalk(1).Ipv4(kMgmtIp).Exists(kMgmtVrf),
      {"[mgmt 0] 4: 6: vrf:global lower:-"},
      {kMgmtFault}},
     {"TwoWithoutAddress",
-     WithMgmt(R"({"name":"0"},{"name":"1"})"),
+     WithMgmt({{.name = "0"}, {.name = "1"}}),
      kIpv4,
      {},
      MgmtWalk(2)
@@ -451,8 +448,7 @@ const ReadCase kMgmtCases[] = {
      {"[mgmt 0] 4: 6: vrf:global lower:-", "[mgmt 1] 4: 6: vrf:global lower:-"},
      {kMgmtFault, kMgmtFault}},
     {"Ipv6WithoutIpv4IsNoFault",
-     WithMgmt(R"({"name":"0","vrf":"mgmt","ipv6":{"address":[
-                  {"ip":"2001:db8::2/64"},{"ip":"2001:db8::1/64"}]}})"),
+     WithMgmt({{.name = "0", .vrf = "mgmt", .ipv6 = {"2001:db8::2/64", "2001:db8::1/64"}}}),
      kIpv6,
      {},
      MgmtWalk(1)
@@ -462,13 +458,13 @@ const ReadCase kMgmtCases[] = {
          .Text(kMgmtVrf),
      {"[mgmt 0] 4: 6: 2001:db8::2/64 2001:db8::1/64 vrf:mgmt lower:-"}},
     {"VrfUnreadable",
-     WithMgmt(R"({"name":"0","vrf":"mgmt","ipv4":{"address":{"ip":"10.0.0.10/24"}}})"),
+     WithMgmt({{.name = "0", .vrf = "mgmt", .primary = "10.0.0.10/24"}}),
      kIpv4,
      {"maapi_get_elem " + kMgmtVrf},
      MgmtWalk(1).Ipv4(kMgmtIp).Text(kMgmtVrf),
      {"[mgmt 0] 4: 10.0.0.10/24 6: vrf: lower:-"}},
     {"AnotherFamilyReadsNoAddresses",
-     WithMgmt(R"({"name":"0","vrf":"mgmt","ipv4":{"address":{"ip":"10.0.0.10/24"}}})"),
+     WithMgmt({{.name = "0", .vrf = "mgmt", .primary = "10.0.0.10/24"}}),
      kNoFamily,
      {},
      MgmtWalk(1).Text(kMgmtVrf),
@@ -565,10 +561,6 @@ const KeyCase kKeyCases[] = {
     {"Prefix", "ipapp:l3", true},
 };
 
-std::string EntryWithKey(const std::string& key, const std::string& leaves) {
-  return R"({"name":)" + JsonText(key) + "," + leaves + "}";
-}
-
 class OddKey : public InterfaceTable, public testing::WithParamInterface<KeyCase> {
  protected:
   // As get_key_list gives it.
@@ -577,8 +569,11 @@ class OddKey : public InterfaceTable, public testing::WithParamInterface<KeyCase
 };
 
 TEST_P(OddKey, OfAnL3Interface) {
-  Configure(WithL3(EntryWithKey(GetParam().key, R"("vrf":"red","lower-layer-if":{"vlan":100},
-      "ipv4":{"address":{"ip":"192.0.2.1/24"}},"ipv6":{"address":[{"ip":"2001:db8::1/64"}]})")));
+  Configure(WithL3({{.name = GetParam().key,
+                     .vrf = "red",
+                     .vlan = 100,
+                     .primary = "192.0.2.1/24",
+                     .ipv6 = {"2001:db8::1/64"}}}));
   const std::string entry = kL3 + "{" + key + "}";
   const std::string ip = entry + "/ipv4/address/ip";
   const std::string secondary = entry + "/ipv4/address/secondary";
@@ -604,8 +599,10 @@ TEST_P(OddKey, OfAnL3Interface) {
 }
 
 TEST_P(OddKey, OfALoopback) {
-  Configure(WithLo(EntryWithKey(GetParam().key, R"("vrf":"red",
-      "ipv4":{"address":[{"ip":"192.0.2.1/24"}]},"ipv6":{"address":[{"ip":"2001:db8::1/64"}]})")));
+  Configure(WithLo({{.name = GetParam().key,
+                     .vrf = "red",
+                     .ipv4 = {"192.0.2.1/24"},
+                     .ipv6 = {"2001:db8::1/64"}}}));
   const std::string entry = kLo + "{" + key + "}";
   const std::string address = entry + "/ipv4/address";
   const std::string address6 = entry + "/ipv6/address";
@@ -625,8 +622,10 @@ TEST_P(OddKey, OfALoopback) {
 }
 
 TEST_P(OddKey, OfAManagementInterface) {
-  Configure(WithMgmt(EntryWithKey(GetParam().key, R"("vrf":"red",
-      "ipv4":{"address":{"ip":"192.0.2.1/24"}},"ipv6":{"address":[{"ip":"2001:db8::1/64"}]})")));
+  Configure(WithMgmt({{.name = GetParam().key,
+                       .vrf = "red",
+                       .primary = "192.0.2.1/24",
+                       .ipv6 = {"2001:db8::1/64"}}}));
   const std::string entry = kMgmt + "{" + key + "}";
   const std::string ip = entry + "/ipv4/address/ip";
   const std::string address6 = entry + "/ipv6/address";
@@ -650,8 +649,9 @@ INSTANTIATE_TEST_SUITE_P(Keys, OddKey, testing::ValuesIn(kKeyCases),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(InterfaceTable, KeyInQuotesOrBlanksReadsTheEntryInside) {
-  Configure(WithLo(R"({"name":"a","vrf":"red"},{"name":" a","vrf":"blue"},
-                      {"name":"\"a\"","vrf":"green"})"));
+  Configure(WithLo({{.name = "a", .vrf = "red"},
+                    {.name = " a", .vrf = "blue"},
+                    {.name = "\"a\"", .vrf = "green"}}));
   lo.ReadConfig(kIpv4);
   EXPECT_THAT(Lines(lo), ElementsAre("[loopback  a] 4: 6: vrf:red lower:-",
                                      "[loopback \"a\"] 4: 6: vrf:red lower:-",
@@ -660,8 +660,7 @@ TEST_F(InterfaceTable, KeyInQuotesOrBlanksReadsTheEntryInside) {
 
 TEST_F(InterfaceTable, KeysThatDifferBehind255BytesAreOneInterface) {
   const std::string common(255, 'x');
-  Configure(WithLo(EntryWithKey(common + "1", R"("vrf":"red")") + "," +
-                   EntryWithKey(common + "2", R"("vrf":"blue")")));
+  Configure(WithLo({{.name = common + "1", .vrf = "red"}, {.name = common + "2", .vrf = "blue"}}));
   lo.ReadConfig(kIpv4);
   EXPECT_THAT(Lines(lo), ElementsAre("[loopback " + common + "] 4: 6: vrf:global lower:-"));
 }
@@ -670,12 +669,14 @@ TEST_F(InterfaceTable, KeysThatDifferBehind255BytesAreOneInterface) {
 
 TEST_F(InterfaceTable, BothOrdersOfFamiliesGiveTheSameRecords) {
   const Device device = {
-      .l3 = kL3Seven + std::string(R"(,{"name":"6","ipv4":{"address":{"ip":"192.0.2.6/24"}}},
-            {"name":"8","ipv6":{"address":[{"ip":"2001:db8:8::1/64"}]}},{"name":"9"})"),
-      .loopback = R"({"name":"0","vrf":"red","ipv4":{"address":[{"ip":"10.0.3.1/32"}]},
-                      "ipv6":{"address":[{"ip":"2001:db8::2/128"}]}})",
-      .mgmt = R"({"name":"0","vrf":"mgmt","ipv4":{"address":{"ip":"10.0.0.10/24"}},
-                  "ipv6":{"address":[{"ip":"2001:db8::2/64"}]}})"};
+      .l3 = {kL3Seven,
+             {.name = "6", .primary = "192.0.2.6/24"},
+             {.name = "8", .ipv6 = {"2001:db8:8::1/64"}},
+             {.name = "9"}},
+      .loopback =
+          {{.name = "0", .vrf = "red", .ipv4 = {"10.0.3.1/32"}, .ipv6 = {"2001:db8::2/128"}}},
+      .mgmt = {
+          {.name = "0", .vrf = "mgmt", .primary = "10.0.0.10/24", .ipv6 = {"2001:db8::2/64"}}}};
   const std::vector<std::vector<ConfigAddrFamily>> orders = {{kIpv4, kIpv6}, {kIpv6, kIpv4}};
   for (const std::vector<ConfigAddrFamily>& order : orders) {
     Config config;
@@ -698,12 +699,14 @@ TEST_F(InterfaceTable, BothOrdersOfFamiliesGiveTheSameRecords) {
 }
 
 TEST_F(InterfaceTable, ValuesOfTheFirstReadStay) {
-  Configure(WithL3(R"({"name":"7","vrf":"red","lower-layer-if":{"vlan":100},
-                       "ipv4":{"address":{"ip":"192.0.2.1/24"}}})"));
+  Configure(WithL3({{.name = "7", .vrf = "red", .vlan = 100, .primary = "192.0.2.1/24"}}));
   l3.ReadConfigIfNeeded(kIpv4);
-  Configure(WithL3(R"({"name":"6","vrf":"green"},{"name":"7","vrf":"blue",
-      "lower-layer-if":{"vlan":200},"ipv4":{"address":{"ip":"198.51.100.1/24"}},
-      "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}})"));
+  Configure(WithL3({{.name = "6", .vrf = "green"},
+                    {.name = "7",
+                     .vrf = "blue",
+                     .vlan = 200,
+                     .primary = "198.51.100.1/24",
+                     .ipv6 = {"2001:db8::1/64"}}}));
   l3.ReadConfigIfNeeded(kIpv6);
   l3.ReadConfigIfNeeded(kIpv4);
   EXPECT_THAT(Lines(l3),
@@ -713,12 +716,11 @@ TEST_F(InterfaceTable, ValuesOfTheFirstReadStay) {
 
 TEST_F(InterfaceTable, IdentifierOfTheLowerLayerIsKeptByteForByte) {
   const limid_t lim_id = limid_l3_vlan_from_components(100);
-  Configure(WithL3(kL3Seven));
+  Configure(WithL3({kL3Seven}));
   l3.ReadConfig(kIpv4);
   ASSERT_EQ(l3.interfaces_.size(), 1u);
   EXPECT_TRUE(SameBytes(l3.interfaces_[0].lim_id, lim_id));
-  Configure(WithL3(R"({"name":"7","lower-layer-if":{"vlan":200},
-                       "ipv6":{"address":[{"ip":"2001:db8::1/64"}]}})"));
+  Configure(WithL3({{.name = "7", .vlan = 200, .ipv6 = {"2001:db8::1/64"}}}));
   l3.ReadConfig(kIpv6);
   ASSERT_EQ(l3.interfaces_.size(), 1u);
   EXPECT_TRUE(SameBytes(l3.interfaces_[0].lim_id, lim_id));
@@ -728,7 +730,7 @@ TEST_F(InterfaceTable, IdentifierOfTheLowerLayerIsKeptByteForByte) {
 
 // Before the rest of the interface is read.
 TEST_F(InterfaceTable, ManagementWithoutIpv4AddressIsReportedAtOnce) {
-  Configure(Device{.mgmt = R"({"name":"0"})"});
+  Configure(Device{.mgmt = {{.name = "0"}}});
   std::vector<framework::Fault> faults_at_vrf;
   on_call = [&faults_at_vrf](const std::string& call) {
     if (call == "maapi_exists " + kMgmt + "{0}/vrf") faults_at_vrf = framework::TakeFaults();
@@ -738,7 +740,7 @@ TEST_F(InterfaceTable, ManagementWithoutIpv4AddressIsReportedAtOnce) {
 }
 
 TEST_F(InterfaceTable, AbsentListLeavesTheTableAsItIs) {
-  Configure(WithL3(kL3Seven));
+  Configure(WithL3({kL3Seven}));
   l3.ReadConfig(kIpv4);
   const std::vector<std::string> before = Lines(l3);
   Configure(Device{});
@@ -747,10 +749,9 @@ TEST_F(InterfaceTable, AbsentListLeavesTheTableAsItIs) {
 }
 
 TEST_F(InterfaceTable, ReadAgainWithoutTheFlagExtendsNoList) {
-  Configure(WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24"}}})"));
+  Configure(WithL3({{.name = "7", .primary = "192.0.2.1/24"}}));
   l3.ReadConfig(kIpv4);
-  Configure(WithL3(R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24",
-                       "secondary":[{"ip":"10.0.0.1/8"}]}}})"));
+  Configure(WithL3({{.name = "7", .primary = "192.0.2.1/24", .ipv4 = {"10.0.0.1/8"}}}));
   l3.ReadConfig(kIpv4);
   EXPECT_THAT(Lines(l3), ElementsAre("[l3 7] 4: 192.0.2.1/24 6: vrf:global lower:-"));
 }

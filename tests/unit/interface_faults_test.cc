@@ -6,58 +6,20 @@
 #include <iostream>
 #include <list>
 #include <new>
-#include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "config.h"
-#include "support/json_text.h"
+#include "support/device.h"
 #include "support/table_fixture.h"
 
 namespace ip_application::config_valid {
 namespace {
 
+using tests::ConfiguredIntf;
 using tests::Device;
-using tests::JsonText;
-
-// What is configured of one interface; texts are empty and numbers zero where nothing is.
-struct Configured {
-  std::string name;
-  std::string primary = {};
-  std::vector<std::string> ipv4 = {};  // secondaries of an L3 interface, all of a loopback
-  std::vector<std::string> ipv6 = {};
-  int vlan = 0;
-  std::string vrf = {};
-};
-
-std::string AddressEntries(const std::vector<std::string>& addresses) {
-  std::string entries;
-  for (const std::string& address : addresses) {
-    entries += (entries.empty() ? "" : ",") + (R"({"ip":)" + JsonText(address)) + "}";
-  }
-  return "[" + entries + "]";
-}
-
-std::string Json(InterfaceType type, const std::vector<Configured>& interfaces) {
-  std::string entries;
-  for (const Configured& intf : interfaces) {
-    if (!entries.empty()) entries += ",";
-    entries += R"({"name":)" + JsonText(intf.name);
-    if (!intf.vrf.empty()) entries += R"(,"vrf":)" + JsonText(intf.vrf);
-    if (intf.vlan != 0)
-      entries += R"(,"lower-layer-if":{"vlan":)" + std::to_string(intf.vlan) + "}";
-    std::string ipv4 = AddressEntries(intf.ipv4);
-    if (type != InterfaceType::Lo) {
-      const std::string comma = intf.primary.empty() || intf.ipv4.empty() ? "" : ",";
-      ipv4 = "{" + (intf.primary.empty() ? "" : R"("ip":)" + JsonText(intf.primary)) + comma +
-             (intf.ipv4.empty() ? "" : R"("secondary":)" + ipv4) + "}";
-    }
-    entries += R"(,"ipv4":{"address":)" + ipv4 + R"(},"ipv6":{"address":)" +
-               AddressEntries(intf.ipv6) + "}}";
-  }
-  return entries;
-}
 
 // One interface of a table, as text.
 struct Row {
@@ -91,11 +53,11 @@ std::vector<Row> RowsOf(const InterfaceConfig& table) {
   return rows;
 }
 
-// The readers as they are described, over Configured instead of ConfD. The call at position
+// The readers as they are described, over ConfiguredIntf instead of ConfD. The call at position
 // `failing` fails.
 class Model {
  public:
-  Model(InterfaceType type, std::vector<Configured> interfaces, size_t failing)
+  Model(InterfaceType type, std::vector<ConfiguredIntf> interfaces, size_t failing)
       : type_(type), interfaces_(std::move(interfaces)), failing_(failing) {
     base_ = type == InterfaceType::L3   ? "/config/interface/ipapp:l3"
             : type == InterfaceType::Lo ? "/config/interface/ipapp:loopback"
@@ -109,7 +71,7 @@ class Model {
 
   void Read(ConfigAddrFamily family) {
     std::vector<std::string> names;
-    for (const Configured& intf : interfaces_) names.push_back(intf.name);
+    for (const ConfiguredIntf& intf : interfaces_) names.push_back(intf.name);
     const size_t read = Walk(base_, names);
     for (size_t i = 0; i < read; ++i) ReadInterface(interfaces_[i], family);
   }
@@ -154,14 +116,14 @@ class Model {
     return read;
   }
 
-  std::vector<std::string> Primary(const Configured& intf, const std::string& entry) {
+  std::vector<std::string> Primary(const ConfiguredIntf& intf, const std::string& entry) {
     if (!Leaf("maapi_get_ipv4_and_plen_elem", entry + "/ipv4/address/ip", !intf.primary.empty())) {
       return {};
     }
     return {intf.primary};
   }
 
-  std::vector<std::string> Ipv4(const Configured& intf, const std::string& entry) {
+  std::vector<std::string> Ipv4(const ConfiguredIntf& intf, const std::string& entry) {
     if (type_ == InterfaceType::Lo) return AddressList(4, entry + "/ipv4/address", intf.ipv4);
     std::vector<std::string> addresses = Primary(intf, entry);
     if (type_ == InterfaceType::Mgmt) {
@@ -178,7 +140,7 @@ class Model {
     return addresses;
   }
 
-  void ReadInterface(const Configured& intf, ConfigAddrFamily family) {
+  void ReadInterface(const ConfiguredIntf& intf, ConfigAddrFamily family) {
     const std::string entry = base_ + "{" + intf.name + "}";
     Row row{.name = word_ + intf.name};
     if (family == ConfigAddrFamily::IPv4) {
@@ -191,8 +153,8 @@ class Model {
       row.ifindex = 1000000 + static_cast<uint32_t>(intf.vlan);
     }
     row.vrf = "global";
-    if (Call("maapi_exists " + entry + "/vrf") && !intf.vrf.empty()) {
-      row.vrf = Call("maapi_get_elem " + entry + "/vrf") ? intf.vrf : "";
+    if (Call("maapi_exists " + entry + "/vrf") && intf.vrf) {
+      row.vrf = Call("maapi_get_elem " + entry + "/vrf") ? *intf.vrf : "";
       Call("confd_free_value");
     }
     Merge(row);
@@ -211,7 +173,7 @@ class Model {
   }
 
   const InterfaceType type_;
-  const std::vector<Configured> interfaces_;
+  const std::vector<ConfiguredIntf> interfaces_;
   const size_t failing_;
   std::string base_;
   std::string word_;
@@ -219,33 +181,33 @@ class Model {
 
 // In key order. Everything, nothing and what is between; keys with characters that mean something
 // in a path.
-const std::vector<Configured> kL3Interfaces = {
-    {.name = "", .primary = "192.0.2.9/24", .vrf = "red"},
-    {.name = "100%", .ipv4 = {"10.0.9.1/24"}, .ipv6 = {"2001:db8:9::1/64"}, .vlan = 9},
+const std::vector<ConfiguredIntf> kL3Interfaces = {
+    {.name = "", .vrf = "red", .primary = "192.0.2.9/24"},
+    {.name = "100%", .vlan = 9, .ipv4 = {"10.0.9.1/24"}, .ipv6 = {"2001:db8:9::1/64"}},
     {.name = "7",
+     .vrf = "red",
+     .vlan = 100,
      .primary = "192.0.2.1/24",
      .ipv4 = {"10.0.3.1/24", "10.0.1.1/24", "10.0.2.1/24"},
-     .ipv6 = {"2001:db8:3::1/64", "2001:db8:1::1/64"},
-     .vlan = 100,
-     .vrf = "red"},
+     .ipv6 = {"2001:db8:3::1/64", "2001:db8:1::1/64"}},
     {.name = "8"},
-    {.name = "9", .primary = "198.51.100.1/32", .ipv6 = {"2001:db8::9/128"}, .vlan = 4094},
-    {.name = "a}b", .ipv4 = {"203.0.113.1/31", "203.0.113.3/31"}, .vrf = "blue green"},
-    {.name = "wan 1", .primary = "0.0.0.1/0", .ipv6 = {"::1/0"}, .vlan = 1, .vrf = "{blue}"},
+    {.name = "9", .vlan = 4094, .primary = "198.51.100.1/32", .ipv6 = {"2001:db8::9/128"}},
+    {.name = "a}b", .vrf = "blue green", .ipv4 = {"203.0.113.1/31", "203.0.113.3/31"}},
+    {.name = "wan 1", .vrf = "{blue}", .vlan = 1, .primary = "0.0.0.1/0", .ipv6 = {"::1/0"}},
 };
 
-const std::vector<Configured> kLoopbacks = {
+const std::vector<ConfiguredIntf> kLoopbacks = {
     {.name = "0",
+     .vrf = "red",
      .ipv4 = {"10.0.3.1/32", "10.0.1.1/32"},
-     .ipv6 = {"2001:db8::3/128", "2001:db8::1/128", "2001:db8::2/128"},
-     .vrf = "red"},
+     .ipv6 = {"2001:db8::3/128", "2001:db8::1/128", "2001:db8::2/128"}},
     {.name = "1", .ipv4 = {"10.0.4.1/32"}},
     {.name = "2", .ipv6 = {"2001:db8::4/128"}},
     {.name = "3"},
 };
 
-const std::vector<Configured> kManagementInterfaces = {
-    {.name = "0", .primary = "10.0.0.10/24", .ipv6 = {"2001:db8:a::1/64"}, .vrf = "mgmt"},
+const std::vector<ConfiguredIntf> kManagementInterfaces = {
+    {.name = "0", .vrf = "mgmt", .primary = "10.0.0.10/24", .ipv6 = {"2001:db8:a::1/64"}},
     {.name = "1", .ipv6 = {"2001:db8:b::1/64", "2001:db8:c::1/64"}},
     {.name = "2", .primary = "10.0.1.10/24"},
     {.name = "3", .vrf = "mgmt"},
@@ -254,7 +216,7 @@ const std::vector<Configured> kManagementInterfaces = {
 struct TableCase {
   const char* name;
   InterfaceType type;
-  const std::vector<Configured>& interfaces;
+  const std::vector<ConfiguredIntf>& interfaces;
   std::vector<ConfigAddrFamily> families;
 };
 
@@ -345,7 +307,7 @@ class InterfaceFaults : public tests::TableTest, public testing::WithParamInterf
     Device device;
     (c.type == InterfaceType::L3   ? device.l3
      : c.type == InterfaceType::Lo ? device.loopback
-                                   : device.mgmt) = Json(c.type, c.interfaces);
+                                   : device.mgmt) = c.interfaces;
     Configure(device);
     TakeCalls();
   }

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "config.h"
+#include "support/device.h"
 #include "support/hash_twins.h"
-#include "support/ospf_json.h"
 #include "support/ospf_records.h"
 #include "support/table_fixture.h"
 
@@ -21,7 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::Device;
 using tests::ExpectedCalls;
-using tests::Join;
 using tests::OspfEntry;
 using tests::OspfProcess;
 using tests::OspfUse;
@@ -54,7 +53,7 @@ class Ospfv2Table : public tests::TableTest {
   }
 
   // Reads a table of its own.
-  Lines Read(const Lines& entries, const Lines& processes) {
+  Lines Read(const std::vector<OspfEntry>& entries, const std::vector<OspfProcess>& processes) {
     ConfigureOspf(entries, processes);
     Ospfv2Config table;
     Bind(table);
@@ -62,8 +61,9 @@ class Ospfv2Table : public tests::TableTest {
     return TextsOf(table);
   }
 
-  void ConfigureOspf(const Lines& entries, const Lines& processes) {
-    Configure(Device{.ospf = Join(entries), .ospf_processes = Join(processes)});
+  void ConfigureOspf(const std::vector<OspfEntry>& entries,
+                     const std::vector<OspfProcess>& processes) {
+    Configure(Device{.ospf = entries, .ospf_processes = processes});
     TakeCalls();
   }
 
@@ -73,11 +73,11 @@ class Ospfv2Table : public tests::TableTest {
 // What it asks ---------------------------------------------------------------------------------
 
 TEST_F(Ospfv2Table, AsksForEveryEntryAfterTheWalk) {
-  EXPECT_THAT(Read({OspfEntry(1, "0.0.0.0", "l3-7", "192.0.2.1", 24),
-                    OspfEntry(2, "0.0.1.0", "loopback-0", "10.0.0.1", 32)},
-                   {OspfProcess(1, 10, "red"), OspfProcess(2, 4294967295, "blue")}),
-              ElementsAre("l3 7: ospf 10 vrf red area 0.0.0.0: 192.0.2.1/24",
-                          "loopback 0: ospf 4294967295 vrf blue area 0.0.1.0: 10.0.0.1/32"));
+  EXPECT_THAT(
+      Read({{1, "0.0.0.0", "l3-7", "192.0.2.1", 24}, {2, "0.0.1.0", "loopback-0", "10.0.0.1", 32}},
+           {{1, 10, "red"}, {2, 4294967295, "blue"}}),
+      ElementsAre("l3 7: ospf 10 vrf red area 0.0.0.0: 192.0.2.1/24",
+                  "loopback 0: ospf 4294967295 vrf blue area 0.0.1.0: 10.0.0.1/32"));
   ExpectedCalls calls;
   calls.Walk(kEntries, 2);
   LookUps(calls, "1 0.0.0.0 l3-7 192.0.2.1", "1");
@@ -88,8 +88,7 @@ TEST_F(Ospfv2Table, AsksForEveryEntryAfterTheWalk) {
 
 // What was looked up for an earlier entry of the same process is asked again.
 TEST_F(Ospfv2Table, AsksForTheProcessOfEveryEntry) {
-  Read({OspfEntry(7, "0.0.0.0", "l3-7", "10.0.0.1"), OspfEntry(7, "0.0.0.0", "l3-7", "10.0.0.2")},
-       {OspfProcess(7, 10, "red")});
+  Read({{7, "0.0.0.0", "l3-7", "10.0.0.1"}, {7, "0.0.0.0", "l3-7", "10.0.0.2"}}, {{7, 10, "red"}});
   ExpectedCalls calls;
   calls.Walk(kEntries, 2);
   LookUps(calls, "7 0.0.0.0 l3-7 10.0.0.1", "7");
@@ -98,12 +97,12 @@ TEST_F(Ospfv2Table, AsksForTheProcessOfEveryEntry) {
 }
 
 TEST_F(Ospfv2Table, NamesWithoutHyphenAreSkippedWithoutALookUp) {
-  EXPECT_THAT(
-      Read({OspfEntry(1, "0.0.0.0", "", "10.0.0.1"), OspfEntry(1, "0.0.0.0", "l3 7", "10.0.0.1"),
-            OspfEntry(1, "0.0.0.0", "l3-8", "10.0.0.1"),
-            OspfEntry(1, "0.0.0.0", "l3_7", "10.0.0.1")},
-           {OspfProcess(1, 10, "red")}),
-      ElementsAre("l3 8: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24"));
+  EXPECT_THAT(Read({{1, "0.0.0.0", "", "10.0.0.1"},
+                    {1, "0.0.0.0", "l3 7", "10.0.0.1"},
+                    {1, "0.0.0.0", "l3-8", "10.0.0.1"},
+                    {1, "0.0.0.0", "l3_7", "10.0.0.1"}},
+                   {{1, 10, "red"}}),
+              ElementsAre("l3 8: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24"));
   ExpectedCalls calls;
   calls.Walk(kEntries, 4);
   LookUps(calls, "1 0.0.0.0 l3-8 10.0.0.1", "1");
@@ -112,12 +111,12 @@ TEST_F(Ospfv2Table, NamesWithoutHyphenAreSkippedWithoutALookUp) {
 }
 
 TEST_F(Ospfv2Table, EmptyListIsWalkedAndNothingElse) {
-  EXPECT_THAT(Read({}, {OspfProcess(1, 10, "red")}), IsEmpty());
+  EXPECT_THAT(Read({}, {{1, 10, "red"}}), IsEmpty());
   EXPECT_EQ(TakeCalls(), ExpectedCalls().Walk(kEntries, 0));
 }
 
 TEST_F(Ospfv2Table, Ipv6ReadsNothing) {
-  ConfigureOspf({OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1")}, {OspfProcess(1, 10, "red")});
+  ConfigureOspf({{1, "0.0.0.0", "l3-7", "10.0.0.1"}}, {{1, 10, "red"}});
   Ospfv2Config table;
   Bind(table);
   table.ReadConfig(kIpv6);
@@ -134,7 +133,7 @@ TEST_F(Ospfv2Table, Ipv6ReadsNothing) {
 }
 
 TEST_F(Ospfv2Table, NumbersThatAreNoFamilyReadNothing) {
-  ConfigureOspf({OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1")}, {});
+  ConfigureOspf({{1, "0.0.0.0", "l3-7", "10.0.0.1"}}, {});
   Ospfv2Config table;
   Bind(table);
   for (const int number : {0, 1, 3, 5, 7, -4}) {
@@ -145,7 +144,7 @@ TEST_F(Ospfv2Table, NumbersThatAreNoFamilyReadNothing) {
 }
 
 TEST_F(Ospfv2Table, IsReadOnce) {
-  ConfigureOspf({OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1")}, {OspfProcess(1, 10, "red")});
+  ConfigureOspf({{1, "0.0.0.0", "l3-7", "10.0.0.1"}}, {{1, 10, "red"}});
   Ospfv2Config table;
   Bind(table);
   table.ReadConfigIfNeeded(kIpv4);
@@ -153,7 +152,7 @@ TEST_F(Ospfv2Table, IsReadOnce) {
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_EQ(TakeCalls(), ExpectedCalls());
   // Also when it is bound to another transaction.
-  ConfigureOspf({OspfEntry(1, "0.0.0.0", "l3-8", "10.0.0.2")}, {OspfProcess(1, 10, "red")});
+  ConfigureOspf({{1, "0.0.0.0", "l3-8", "10.0.0.2"}}, {{1, 10, "red"}});
   Bind(table);
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_EQ(TakeCalls(), ExpectedCalls());
@@ -162,7 +161,7 @@ TEST_F(Ospfv2Table, IsReadOnce) {
 
 // Without the guard the addresses are appended again.
 TEST_F(Ospfv2Table, ReadConfigByItselfMergesAgain) {
-  ConfigureOspf({OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1")}, {OspfProcess(1, 10, "red")});
+  ConfigureOspf({{1, "0.0.0.0", "l3-7", "10.0.0.1"}}, {{1, 10, "red"}});
   Ospfv2Config table;
   Bind(table);
   table.ReadConfig(kIpv4);
@@ -200,9 +199,8 @@ const NameCase kNameCases[] = {
 class KeyedName : public Ospfv2Table, public testing::WithParamInterface<NameCase> {};
 
 TEST_P(KeyedName, LosesItsFirstHyphen) {
-  EXPECT_THAT(
-      Read({OspfEntry(1, "0.0.0.0", GetParam().keyed, "10.0.0.1")}, {OspfProcess(1, 10, "red")}),
-      ElementsAre(GetParam().stored + ": ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24"));
+  EXPECT_THAT(Read({{1, "0.0.0.0", GetParam().keyed, "10.0.0.1"}}, {{1, 10, "red"}}),
+              ElementsAre(GetParam().stored + ": ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24"));
   ExpectedCalls calls;
   calls.Walk(kEntries, 1);
   LookUps(calls, "1 0.0.0.0 " + GetParam().keyed + " 10.0.0.1", "1");
@@ -215,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(Names, KeyedName, testing::ValuesIn(kNameCases),
 
 // The keys go into the path as they are, so a blank makes one key too many.
 TEST_F(Ospfv2Table, NameWithABlankLosesItsPrefixLength) {
-  EXPECT_THAT(Read({OspfEntry(1, "0.0.0.0", "l3-wan 1", "10.0.0.1")}, {OspfProcess(1, 10, "red")}),
+  EXPECT_THAT(Read({{1, "0.0.0.0", "l3-wan 1", "10.0.0.1"}}, {{1, 10, "red"}}),
               ElementsAre("l3 wan 1: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/0"));
   EXPECT_EQ(LogLines(), Lines{"Failed to get IPv4 netmask from process ID 1!"});
 }
@@ -223,8 +221,7 @@ TEST_F(Ospfv2Table, NameWithABlankLosesItsPrefixLength) {
 // Keys are read to 255 bytes, and the entry is not found by the part.
 TEST_F(Ospfv2Table, NameIsCutBehind255Bytes) {
   EXPECT_THAT(
-      Read({OspfEntry(1, "0.0.0.0", "l3-" + std::string(253, 'x'), "10.0.0.1")},
-           {OspfProcess(1, 10, "red")}),
+      Read({{1, "0.0.0.0", "l3-" + std::string(253, 'x'), "10.0.0.1"}}, {{1, 10, "red"}}),
       ElementsAre("l3 " + std::string(252, 'x') + ": ospf 10 vrf red area 0.0.0.0: 10.0.0.1/0"));
   EXPECT_EQ(LogLines(), Lines{"Failed to get IPv4 netmask from process ID 1!"});
 }
@@ -233,8 +230,8 @@ TEST_F(Ospfv2Table, NameIsCutBehind255Bytes) {
 
 struct LookUpCase {
   const char* name;
-  std::string entry;      // of ospf-interface-l3
-  std::string processes;  // entries of ospf-index-to-proc-id
+  OspfEntry entry;
+  std::vector<OspfProcess> processes;
   std::string record;
   Lines lines;
 };
@@ -243,81 +240,81 @@ std::ostream& operator<<(std::ostream& out, const LookUpCase& c) { return out <<
 
 const LookUpCase kLookUpCases[] = {
     {"AllThere",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1", 24),
-     OspfProcess(5, 10, "red"),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1", 24},
+     {{5, 10, "red"}},
      "l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24",
      {}},
     {"NoPrefixLength",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1", -1),
-     OspfProcess(5, 10, "red"),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1", -1},
+     {{5, 10, "red"}},
      "l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/0",
      {"Failed to get IPv4 netmask from process ID 5!"}},
     // Zero that is configured is no failure.
     {"PrefixLengthZero",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1", 0),
-     OspfProcess(5, 10, "red"),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1", 0},
+     {{5, 10, "red"}},
      "l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/0",
      {}},
     {"LongestPrefix",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1", 32),
-     OspfProcess(5, 10, "red"),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1", 32},
+     {{5, 10, "red"}},
      "l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/32",
      {}},
     {"NoProcessNumber",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     R"({"compound-id":5,"vrf_name":"red"})",
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{5, {}, "red"}},
      "l3 7: ospf 0 vrf red area 0.0.0.0: 10.0.0.1/24",
      {"Failed to get process ID from compound ID 5!"}},
     {"ProcessNumberZero",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     OspfProcess(5, 0, "red"),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{5, 0, "red"}},
      "l3 7: ospf 0 vrf red area 0.0.0.0: 10.0.0.1/24",
      {}},
     {"NoVrf",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     R"({"compound-id":5,"proc_id":10})",
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{5, 10}},
      "l3 7: ospf 10 vrf  area 0.0.0.0: 10.0.0.1/24",
      {"Failed to get VRF name from compound ID 5!"}},
     {"EmptyVrf",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     OspfProcess(5, 10, ""),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{5, 10, ""}},
      "l3 7: ospf 10 vrf  area 0.0.0.0: 10.0.0.1/24",
      {}},
     {"ProcessUnknown",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     OspfProcess(6, 10, "red"),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{6, 10, "red"}},
      "l3 7: ospf 0 vrf  area 0.0.0.0: 10.0.0.1/24",
      {"Failed to get process ID from compound ID 5!",
       "Failed to get VRF name from compound ID 5!"}},
     {"NothingThere",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1", -1),
-     "",
+     {5, "0.0.0.0", "l3-7", "10.0.0.1", -1},
+     {},
      "l3 7: ospf 0 vrf  area 0.0.0.0: 10.0.0.1/0",
      {"Failed to get IPv4 netmask from process ID 5!",
       "Failed to get process ID from compound ID 5!",
       "Failed to get VRF name from compound ID 5!"}},
     {"CompoundIdZero",
-     OspfEntry(0, "0.0.0.0", "l3-7", "10.0.0.1"),
-     OspfProcess(0, 10, "red"),
+     {0, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{0, 10, "red"}},
      "l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24",
      {}},
     // Identifiers are unsigned, also in the log.
     {"LargestCompoundId",
-     OspfEntry(4294967295, "255.255.255.255", "l3-7", "255.255.255.255", -1),
-     "",
+     {4294967295, "255.255.255.255", "l3-7", "255.255.255.255", -1},
+     {},
      "l3 7: ospf 0 vrf  area 255.255.255.255: 255.255.255.255/0",
      {"Failed to get IPv4 netmask from process ID 4294967295!",
       "Failed to get process ID from compound ID 4294967295!",
       "Failed to get VRF name from compound ID 4294967295!"}},
     {"Vrf255Bytes",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     OspfProcess(5, 10, std::string(255, 'v')),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{5, 10, std::string(255, 'v')}},
      "l3 7: ospf 10 vrf " + std::string(255, 'v') + " area 0.0.0.0: 10.0.0.1/24",
      {}},
     // It does not fit with its zero byte, and ConfD cuts nothing.
     {"Vrf256Bytes",
-     OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1"),
-     OspfProcess(5, 10, std::string(256, 'v')),
+     {5, "0.0.0.0", "l3-7", "10.0.0.1"},
+     {{5, 10, std::string(256, 'v')}},
      "l3 7: ospf 10 vrf  area 0.0.0.0: 10.0.0.1/24",
      {"Failed to get VRF name from compound ID 5!"}},
 };
@@ -325,7 +322,7 @@ const LookUpCase kLookUpCases[] = {
 class LookUp : public Ospfv2Table, public testing::WithParamInterface<LookUpCase> {};
 
 TEST_P(LookUp, GivesValueOrDefault) {
-  EXPECT_THAT(Read({GetParam().entry}, {GetParam().processes}), ElementsAre(GetParam().record));
+  EXPECT_THAT(Read({GetParam().entry}, GetParam().processes), ElementsAre(GetParam().record));
   EXPECT_EQ(LogLines(), GetParam().lines);
 }
 
@@ -333,7 +330,7 @@ INSTANTIATE_TEST_SUITE_P(Leaves, LookUp, testing::ValuesIn(kLookUpCases),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Ospfv2Table, LookUpsByThemselves) {
-  ConfigureOspf({OspfEntry(5, "0.0.0.9", "l3-7", "10.0.0.1", 30)}, {OspfProcess(5, 10, "red")});
+  ConfigureOspf({{5, "0.0.0.9", "l3-7", "10.0.0.1", 30}}, {{5, 10, "red"}});
   Ospfv2Config bound;
   Bind(bound);
   const Ospfv2Config& table = bound;
@@ -356,7 +353,7 @@ TEST_F(Ospfv2Table, LookUpsByThemselves) {
 }
 
 TEST_F(Ospfv2Table, UnbindableSocketGivesDefaults) {
-  ConfigureOspf({OspfEntry(5, "0.0.0.0", "l3-7", "10.0.0.1")}, {OspfProcess(5, 10, "red")});
+  ConfigureOspf({{5, "0.0.0.0", "l3-7", "10.0.0.1"}}, {{5, 10, "red"}});
   Ospfv2Config table;
   Bind(table);
   table.sock_ = -1;
@@ -513,8 +510,8 @@ TEST(MergeOspf, OfTwoEqualRecordsThatWereAddedByHandTheFirstIsFilled) {
 
 struct ReadMergeCase {
   const char* name;
-  Lines entries;
-  Lines processes;
+  std::vector<OspfEntry> entries;
+  std::vector<OspfProcess> processes;
   Lines table;
 };
 
@@ -522,31 +519,30 @@ std::ostream& operator<<(std::ostream& out, const ReadMergeCase& c) { return out
 
 const ReadMergeCase kReadMergeCases[] = {
     {"TwoAddresses",
-     {OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1", 24),
-      OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.2", 16)},
-     {OspfProcess(1, 10, "red")},
+     {{1, "0.0.0.0", "l3-7", "10.0.0.1", 24}, {1, "0.0.0.0", "l3-7", "10.0.0.2", 16}},
+     {{1, 10, "red"}},
      {"l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24 10.0.0.2/16"}},
     {"TwoAreas",
-     {OspfEntry(1, "0.0.0.1", "l3-7", "10.0.0.2"), OspfEntry(1, "0.0.0.2", "l3-7", "10.0.0.1")},
-     {OspfProcess(1, 10, "red")},
+     {{1, "0.0.0.1", "l3-7", "10.0.0.2"}, {1, "0.0.0.2", "l3-7", "10.0.0.1"}},
+     {{1, 10, "red"}},
      {"l3 7: ospf 10 vrf red area 0.0.0.1: 10.0.0.2/24 10.0.0.1/24"}},
     {"TwoProcesses",
-     {OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1"), OspfEntry(2, "0.0.0.0", "l3-7", "10.0.0.1")},
-     {OspfProcess(1, 10, "red"), OspfProcess(2, 11, "red")},
+     {{1, "0.0.0.0", "l3-7", "10.0.0.1"}, {2, "0.0.0.0", "l3-7", "10.0.0.1"}},
+     {{1, 10, "red"}, {2, 11, "red"}},
      {"l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24",
       "l3 7: ospf 11 vrf red area 0.0.0.0: 10.0.0.1/24"}},
     {"TwoVrfs",
-     {OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1"), OspfEntry(2, "0.0.0.0", "l3-7", "10.0.0.2")},
-     {OspfProcess(1, 10, "red"), OspfProcess(2, 10, "blue")},
+     {{1, "0.0.0.0", "l3-7", "10.0.0.1"}, {2, "0.0.0.0", "l3-7", "10.0.0.2"}},
+     {{1, 10, "red"}, {2, 10, "blue"}},
      {"l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24",
       "l3 7: ospf 10 vrf blue area 0.0.0.0: 10.0.0.2/24"}},
     // What the ids stand for is compared, and not the ids.
     {"TwoIdsOfOneProcess",
-     {OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1"), OspfEntry(2, "0.0.0.0", "l3-7", "10.0.0.2")},
-     {OspfProcess(1, 10, "red"), OspfProcess(2, 10, "red")},
+     {{1, "0.0.0.0", "l3-7", "10.0.0.1"}, {2, "0.0.0.0", "l3-7", "10.0.0.2"}},
+     {{1, 10, "red"}, {2, 10, "red"}},
      {"l3 7: ospf 10 vrf red area 0.0.0.0: 10.0.0.1/24 10.0.0.2/24"}},
     {"TwoUnknownIds",
-     {OspfEntry(1, "0.0.0.0", "l3-7", "10.0.0.1"), OspfEntry(2, "0.0.0.0", "l3-7", "10.0.0.2")},
+     {{1, "0.0.0.0", "l3-7", "10.0.0.1"}, {2, "0.0.0.0", "l3-7", "10.0.0.2"}},
      {},
      {"l3 7: ospf 0 vrf  area 0.0.0.0: 10.0.0.1/24 10.0.0.2/24"}},
 };

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "config.h"
-#include "support/ospf_json.h"
+#include "support/device.h"
 #include "support/ospf_records.h"
 #include "support/table_fixture.h"
 
@@ -123,15 +123,15 @@ class Ospfv2Faults : public tests::TableTest {
 
   // One full read in a transaction of its own; when it is closed, nothing may be left.
   Lines ExpectReadAsModelled(size_t failing) {
-    Lines entries;
+    std::vector<tests::OspfEntry> entries;
     for (const Configured& c : kEntries) {
-      entries.push_back(tests::OspfEntry(c.id, c.area, c.keyed_name, c.address, c.length));
+      entries.push_back({c.id, c.area, c.keyed_name, c.address, c.length});
     }
-    Lines processes;
+    std::vector<tests::OspfProcess> processes;
     for (const ConfiguredProcess& p : kProcesses) {
-      processes.push_back(tests::OspfProcess(p.id, p.process, p.vrf));
+      processes.push_back({p.id, p.process, p.vrf});
     }
-    Configure(Device{.ospf = tests::Join(entries), .ospf_processes = tests::Join(processes)});
+    Configure(Device{.ospf = entries, .ospf_processes = processes});
     framework::TakeLogLines();
     TakeCalls();
     FailCall(failing);

@@ -15,7 +15,7 @@
 
 #include "config.h"
 #include "dotted_quad.h"
-#include "support/ospf_json.h"
+#include "support/device.h"
 #include "support/ospf_records.h"
 #include "support/scripted_confd.h"
 #include "support/table_fixture.h"
@@ -46,9 +46,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::Device;
 using tests::ExpectedCalls;
-using tests::Join;
-using tests::OspfEntry;
-using tests::OspfProcess;
 using tests::TextsOf;
 
 constexpr ConfigAddrFamily kIpv4 = ConfigAddrFamily::IPv4;
@@ -61,14 +58,16 @@ class OspfKeys : public tests::TableTest {
   OspfKeys() {
     framework::SetLogEnabled(true);
     framework::TakeLogLines();
-    Configure(Device{
-        .ospf = Join({OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", 24),
-                      OspfEntry(2, "0.0.0.2", "l3-2", "10.0.0.2", 24),
-                      OspfEntry(3, "0.0.0.3", "l3-3", "10.0.0.3", 24)}),
-        .ospf_processes =
-            Join({OspfProcess(0, 40, "zero"), OspfProcess(1, 10, "red"), OspfProcess(3, 30, "red"),
-                  OspfProcess(5, 50, "five"), OspfProcess(8, 80, "eight"),
-                  OspfProcess(10, 100, "ten"), OspfProcess(4294967295, 99, "last")})});
+    Configure(Device{.ospf = {{1, "0.0.0.1", "l3-1", "10.0.0.1", 24},
+                              {2, "0.0.0.2", "l3-2", "10.0.0.2", 24},
+                              {3, "0.0.0.3", "l3-3", "10.0.0.3", 24}},
+                     .ospf_processes = {{0, 40, "zero"},
+                                        {1, 10, "red"},
+                                        {3, 30, "red"},
+                                        {5, 50, "five"},
+                                        {8, 80, "eight"},
+                                        {10, 100, "ten"},
+                                        {4294967295, 99, "last"}}});
     Bind(table);
   }
 
@@ -347,8 +346,8 @@ TEST_F(OspfKeys, ReadAfterAnExceptionMayMeetOtherEntries) {
   scripted.printed_instead["2"] = "two";
   EXPECT_THROW(table.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
   scripted.printed_instead.clear();
-  Configure(Device{.ospf = OspfEntry(3, "0.0.0.3", "l3-3", "10.0.0.3", 24),
-                   .ospf_processes = OspfProcess(3, 30, "red")});
+  Configure(
+      Device{.ospf = {{3, "0.0.0.3", "l3-3", "10.0.0.3", 24}}, .ospf_processes = {{3, 30, "red"}}});
   Bind(table);
   table.ReadConfigIfNeeded(kIpv4);
   EXPECT_THAT(TextsOf(table), ElementsAre(kFirstRecord, kThirdRecord));
@@ -370,16 +369,16 @@ TEST_F(OspfKeys, ReadAfterAnExceptionMergesWhatReadsOtherwise) {
       {24, 10, "blue", {first, "l3 1: ospf 10 vrf blue area 0.0.0.1: 10.0.0.1/24"}},
   };
   for (const Change& change : kChanges) {
-    Configure(Device{.ospf = Join({OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", 24),
-                                   OspfEntry(2, "0.0.0.2", "l3-2", "10.0.0.2", 24)}),
-                     .ospf_processes = OspfProcess(1, 10, "red")});
+    Configure(Device{
+        .ospf = {{1, "0.0.0.1", "l3-1", "10.0.0.1", 24}, {2, "0.0.0.2", "l3-2", "10.0.0.2", 24}},
+        .ospf_processes = {{1, 10, "red"}}});
     Ospfv2Config fresh;
     Bind(fresh);
     scripted.printed_instead["2"] = "two";
     EXPECT_THROW(fresh.ReadConfigIfNeeded(kIpv4), std::invalid_argument);
     scripted.printed_instead.clear();
-    Configure(Device{.ospf = OspfEntry(1, "0.0.0.1", "l3-1", "10.0.0.1", change.prefix_len),
-                     .ospf_processes = OspfProcess(1, change.process_id, change.vrf)});
+    Configure(Device{.ospf = {{1, "0.0.0.1", "l3-1", "10.0.0.1", change.prefix_len}},
+                     .ospf_processes = {{1, change.process_id, change.vrf}}});
     Bind(fresh);
     fresh.ReadConfigIfNeeded(kIpv4);
     EXPECT_THAT(TextsOf(fresh), testing::ElementsAreArray(change.records));

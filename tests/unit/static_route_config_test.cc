@@ -5,14 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "config.h"
-#include "support/route_json.h"
+#include "support/device.h"
 #include "support/table_fixture.h"
 
 namespace ip_application::config_valid {
@@ -20,13 +22,12 @@ namespace {
 
 using testing::IsEmpty;
 using tests::ConfiguredRoute;
-using tests::DeviceWithRoutes;
+using tests::Device;
 
 constexpr ConfigAddrFamily kIpv4 = ConfigAddrFamily::IPv4;
 constexpr ConfigAddrFamily kIpv6 = ConfigAddrFamily::IPv6;
-constexpr char kVrfs[] =
-    R"({"index":1,"vname":"red"},{"index":2,"vname":"red"},{"index":3,"vname":"Red"},)"
-    R"({"index":4,"vname":"blue"},{"index":5,"vname":"re"})";
+const std::map<uint32_t, std::optional<std::string>> kVrfs = {
+    {1, "red"}, {2, "red"}, {3, "Red"}, {4, "blue"}, {5, "re"}};
 
 std::string Text(const StaticRoute& route) {
   return route.vrf_name + " " + route.network().to_string() + " via " +
@@ -308,7 +309,7 @@ class StaticRouteRead : public tests::TableTest, public testing::WithParamInterf
 
 TEST_P(StaticRouteRead, FillsTheTables) {
   const ReadCase& c = GetParam();
-  Configure(DeviceWithRoutes(c.routes, kVrfs));
+  Configure(Device{.vrfs = kVrfs, .routes = c.routes});
   StaticRouteConfig table;
   Bind(table);
   for (const ConfigAddrFamily family : c.families) table.ReadConfigIfNeeded(family);
@@ -332,7 +333,7 @@ class StaticRouteTable : public tests::TableTest {
   // Reads the families of `routes` into `table`.
   void Read(const std::vector<ConfiguredRoute>& routes,
             const std::vector<ConfigAddrFamily>& families = {kIpv4, kIpv6}) {
-    Configure(DeviceWithRoutes(routes, kVrfs));
+    Configure(Device{.vrfs = kVrfs, .routes = routes});
     Bind(table);
     for (const ConfigAddrFamily family : families) table.ReadConfigIfNeeded(family);
   }
@@ -425,7 +426,7 @@ TEST_F(StaticRouteTable, EmptyNameIsAnOutputInterfaceOnceARouteHasNone) {
   Read({{0, "10.0.0.0/8"}}, {kIpv4});
   EXPECT_FALSE(table.FindOutputInterface(""));
   StaticRouteConfig other;
-  Configure(DeviceWithRoutes({{0, "10.0.0.0/8", "192.0.2.2"}}));
+  Configure(Device{.routes = {{0, "10.0.0.0/8", "192.0.2.2"}}});
   Bind(other);
   other.ReadConfigIfNeeded(kIpv4);
   EXPECT_TRUE(other.FindOutputInterface(""));
@@ -444,7 +445,7 @@ TEST_F(StaticRouteTable, QueriesOnAFamilyThatWasNotReadFindNothing) {
   EXPECT_EQ(route, nullptr);
 
   StaticRouteConfig ipv6_only;
-  Configure(DeviceWithRoutes(routes));
+  Configure(Device{.routes = routes});
   Bind(ipv6_only);
   ipv6_only.ReadConfigIfNeeded(kIpv6);
   EXPECT_FALSE(ipv6_only.FindNextHop({"global", Ipv4(0xc0000202)}, route));
@@ -526,7 +527,7 @@ class BlackHole : public tests::TableTest, public testing::WithParamInterface<Bl
 
 TEST_P(BlackHole, GivesTheRouteWithTheNextHop) {
   const BlackHoleCase& c = GetParam();
-  Configure(DeviceWithRoutes(c.routes, kVrfs));
+  Configure(Device{.vrfs = kVrfs, .routes = c.routes});
   StaticRouteConfig table;
   Bind(table);
   table.ReadConfigIfNeeded(kIpv4);

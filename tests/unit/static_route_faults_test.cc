@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <set>
 #include <string>
@@ -12,7 +14,7 @@
 
 #include "config.h"
 #include "static_route_config.h"
-#include "support/route_json.h"
+#include "support/device.h"
 #include "support/table_fixture.h"
 
 namespace ip_application::config_valid {
@@ -38,8 +40,7 @@ const std::vector<ConfiguredRoute> kRoutes = {
     {2, "fd00::/8", "fe80::2", "loopback-0"},
 };
 
-const std::map<uint32_t, std::string> kVrfNames = {{1, "red"}, {2, "blue"}};
-constexpr char kVrfs[] = R"({"index":1,"vname":"red"},{"index":2,"vname":"blue"})";
+const std::map<uint32_t, std::optional<std::string>> kVrfs = {{1, "red"}, {2, "blue"}};
 
 // Tables as texts: by VRF and address, the route.
 struct Contents {
@@ -118,11 +119,11 @@ class Model {
   std::string VrfName(uint32_t index) {
     const std::string path = "/velmor-internal:internal/velmor-internal:vrf-config/indexTOstring{" +
                              std::to_string(index) + "}/vname";
-    const auto name = kVrfNames.find(index);
-    if (!Call("maapi_exists " + path) || name == kVrfNames.end()) return "global";
+    const auto name = kVrfs.find(index);
+    if (!Call("maapi_exists " + path) || name == kVrfs.end()) return "global";
     const bool read = Call("maapi_get_elem " + path);
     Call("confd_free_value");
-    return read ? name->second : "global";
+    return read ? *name->second : "global";
   }
 
   // Empty for all that fails; what was not read is not released.
@@ -178,7 +179,7 @@ class StaticRouteFaults : public tests::TableTest, public testing::WithParamInte
  protected:
   // One read in a transaction of its own; when it is closed, nothing may be left.
   void ExpectReadAsModelled(size_t failing) {
-    Configure(tests::DeviceWithRoutes(kRoutes, kVrfs));
+    Configure(tests::Device{.vrfs = kVrfs, .routes = kRoutes});
     TakeCalls();
     FailCall(failing);
     StaticRouteConfig table;

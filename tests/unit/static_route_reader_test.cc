@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <map>
 #include <new>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -12,7 +15,7 @@
 #include "confd_maapi.h"
 #include "config.h"
 #include "static_route_config.h"
-#include "support/route_json.h"
+#include "support/device.h"
 #include "support/scripted_confd.h"
 #include "support/table_fixture.h"
 #include "validation_points.h"
@@ -27,12 +30,12 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 using tests::ConfiguredRoute;
-using tests::DeviceWithRoutes;
+using tests::Device;
 using tests::ExpectedCalls;
 
 constexpr ConfigAddrFamily kIpv4 = ConfigAddrFamily::IPv4;
 constexpr ConfigAddrFamily kIpv6 = ConfigAddrFamily::IPv6;
-constexpr char kVrfs[] = R"({"index":1,"vname":"red"})";
+const std::map<uint32_t, std::optional<std::string>> kVrfs = {{1, "red"}};
 constexpr char kTable[] = "/KX-RTM-MIB/rtmStaticRtTable/rtmStaticRtEntry";
 constexpr char kVrf1[] =
     "/velmor-internal:internal/velmor-internal:vrf-config/indexTOstring{1}/vname";
@@ -50,7 +53,7 @@ class StaticRouteReader : public tests::TableTest {
   }
 
   void Use(const std::vector<ConfiguredRoute>& routes) {
-    Configure(DeviceWithRoutes(routes, kVrfs));
+    Configure(Device{.vrfs = kVrfs, .routes = routes});
     Bind(table);
   }
 
@@ -63,7 +66,7 @@ class StaticRouteReader : public tests::TableTest {
 // Every entry is asked for its VRF and its output interface, of whatever family it is.
 // A failure of the second read shows which one was first.
 TEST_F(StaticRouteReader, PointForL3InterfacesReadsIpv4First) {
-  Configure(DeviceWithRoutes({{0, "10.0.0.0/8", "192.0.2.2"}}));
+  Configure(Device{.routes = {{0, "10.0.0.0/8", "192.0.2.2"}}});
   Config config;
   Bind(*config.static_route_config_);
   Bind(config.l3_config_);

@@ -20,8 +20,8 @@
 #include "confd_maapi.h"
 #include "support/assertion.h"
 #include "support/config_tables.h"
+#include "support/device.h"
 #include "support/keypath_builder.h"
-#include "support/ospf_json.h"
 #include "support/process_memory.h"
 #include "support/scripted_confd.h"
 #include "support/table_fixture.h"
@@ -372,7 +372,7 @@ constexpr char kL3[] = "/config/interface/l3";
 constexpr char kIp[] = "/config/interface/l3{7}/ipv4/address/ip";
 
 TEST_F(WalkerReads, OfAnAddress) {
-  ConfigureAndBind(tests::Device{.l3 = R"({"name":"7","ipv4":{"address":{"ip":"192.0.2.1/24"}}})"});
+  ConfigureAndBind(tests::Device{.l3 = {{.name = "7", .primary = "192.0.2.1/24"}}});
   EXPECT_EQ(walker_->get_ipv4_addr_mask(kIp).to_string(), "192.0.2.1/24");
   EXPECT_EQ(TakeCalls(), tests::ExpectedCalls().Ipv4(kIp));
   EXPECT_TRUE(
@@ -390,11 +390,9 @@ TEST_F(WalkerReads, OfAnAddress) {
 
 TEST_F(WalkerReads, OfFirstKeys) {
   const std::string longest(8191, 'k');
-  ConfigureAndBind(
-      tests::Device{.l3 = R"({"name":"b"},{"name":"a b"},{"name":")" + longest +
-                          R"("},{"name":"k)" + longest + R"("})",
-                    .ospf = tests::Join({tests::OspfEntry(2, "0.0.0.1", "l3-7", "192.0.2.1"),
-                                         tests::OspfEntry(1, "0.0.0.1", "l3-7", "192.0.2.1")})});
+  ConfigureAndBind(tests::Device{
+      .l3 = {{.name = "b"}, {.name = "a b"}, {.name = longest}, {.name = "k" + longest}},
+      .ospf = {{2, "0.0.0.1", "l3-7", "192.0.2.1"}, {1, "0.0.0.1", "l3-7", "192.0.2.1"}}});
   // Cut at 8191 bytes.
   EXPECT_THAT(walker_->get_key_list(kL3), ElementsAre("a b", "b", longest, longest));
   EXPECT_EQ(TakeCalls(), tests::ExpectedCalls().Walk(kL3, 4));
@@ -419,8 +417,8 @@ TEST_F(WalkerReads, OfFirstKeys) {
 TEST_F(WalkerReads, OfPathsThatHoldAPercentSign) {
   const std::string list = "/config/interface/l3{100%%}/ipv4/address/secondary";
   const std::string primary = "/config/interface/l3{100%%}/ipv4/address/ip";
-  ConfigureAndBind(tests::Device{.l3 = R"({"name":"100%%","ipv4":{"address":{"ip":"192.0.2.1/24",
-                                          "secondary":[{"ip":"10.0.0.1/8"}]}}})"});
+  ConfigureAndBind(
+      tests::Device{.l3 = {{.name = "100%%", .primary = "192.0.2.1/24", .ipv4 = {"10.0.0.1/8"}}}});
   EXPECT_EQ(walker_->get_ipv4_addr_mask(primary).to_string(), "192.0.2.1/24");
   EXPECT_THAT(walker_->get_key_list(list), ElementsAre("10.0.0.1/8"));
   EXPECT_THAT(scripted_.formats, ElementsAre("maapi_exists %s", "maapi_get_ipv4_and_plen_elem %s",

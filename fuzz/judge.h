@@ -12,8 +12,8 @@
 #include "confd/keypath.h"
 #include "confd/transaction.h"
 #include "store/snapshot.h"
-#include "device_decoder.h"
 #include "framework/host.h"
+#include "scenario_decoder.h"
 
 namespace fuzz {
 

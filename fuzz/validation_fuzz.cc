@@ -28,9 +28,9 @@
 #include <vector>
 
 #include "confd/call_count.h"
-#include "device_decoder.h"
 #include "judge.h"
 #include "require.h"
+#include "scenario_decoder.h"
 #include "support/data_model.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "device_decoder.h"
+#include "scenario_decoder.h"
 
 #include <array>
 #include <nlohmann/json.hpp>

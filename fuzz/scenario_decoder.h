@@ -1,6 +1,6 @@
 // Bytes as a small device: two configurations and what the daemon shall ask the plug-in about them.
-#ifndef FUZZ_DEVICE_DECODER_H_
-#define FUZZ_DEVICE_DECODER_H_
+#ifndef FUZZ_SCENARIO_DECODER_H_
+#define FUZZ_SCENARIO_DECODER_H_
 
 #include <cstdint>
 #include <span>
@@ -36,4 +36,4 @@ Device DecodeDevice(std::span<const uint8_t> bytes);
 
 }  // namespace fuzz
 
-#endif  // FUZZ_DEVICE_DECODER_H_
+#endif  // FUZZ_SCENARIO_DECODER_H_

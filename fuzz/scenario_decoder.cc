@@ -109,17 +109,17 @@ class Decoder {
     for (ByteReader records(bytes); !records.empty();) ReadRecord(records.Part(kRecordSize));
   }
 
-  Device Take() {
-    device_.candidate = sides_[0].dump();
-    device_.running = sides_[1].dump();
-    return std::move(device_);
+  Scenario Take() {
+    scenario_.candidate = sides_[0].dump();
+    scenario_.running = sides_[1].dump();
+    return std::move(scenario_);
   }
 
  private:
   void ReadRecord(ByteReader record) {
     const size_t kind = record.Below(13);
     if (kind >= 9) return ReadCall(record);
-    if (kind == 8 && (device_.is_large || !may_be_slow_)) return;
+    if (kind == 8 && (scenario_.is_large || !may_be_slow_)) return;
     // Most records are on both sides, so that a change is a small one.
     const size_t where = record.Below(4);
     for (size_t side = 0; side < sides_.size(); ++side) {
@@ -221,7 +221,7 @@ class Decoder {
                                                                     {"next-hop", next_hop}});
     entry["interface-name"] = OutputName(output);
     if (is_candidate && OutputName(output).size() < 2) {
-      device_.has_short_output_name = true;
+      scenario_.has_short_output_name = true;
     }
   }
 
@@ -284,7 +284,7 @@ class Decoder {
     const uint8_t what = record.Byte();
     const size_t more = record.Below(4);
     if (what != 'i' && what != 'r') return;
-    device_.is_large = true;
+    scenario_.is_large = true;
     for (size_t i = 0; what == 'i' && i < 254 + more; ++i) {
       json& list = side["velmor-config:config"]["interface"]["velmor-ip-app:l3"];
       list.push_back({{"name", "many-" + std::to_string(i)}});
@@ -295,8 +295,8 @@ class Decoder {
   }
 
   void ReadCall(ByteReader record) {
-    if (device_.calls.size() == kMaxCalls) return;
-    CallPlan& call = device_.calls.emplace_back();
+    if (scenario_.calls.size() == kMaxCalls) return;
+    CallPlan& call = scenario_.calls.emplace_back();
     call.opaque = record.Of(kPoints);
     call.fitting = record.Below(4) != 3;
     call.keypath = record.Byte();
@@ -308,12 +308,12 @@ class Decoder {
   }
 
   bool may_be_slow_;
-  Device device_;
+  Scenario scenario_;
   std::array<json, 2> sides_{json::object(), json::object()};  // candidate, running
 };
 
 }  // namespace
 
-Device DecodeDevice(std::span<const uint8_t> bytes) { return Decoder(bytes).Take(); }
+Scenario DecodeScenario(std::span<const uint8_t> bytes) { return Decoder(bytes).Take(); }
 
 }  // namespace fuzz

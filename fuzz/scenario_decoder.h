@@ -1,4 +1,5 @@
-// Bytes as a small device: two configurations and what the daemon shall ask the plug-in about them.
+// Bytes as a scenario: two configurations of a small device, and what the daemon shall ask the
+// plug-in about them.
 #ifndef FUZZ_SCENARIO_DECODER_H_
 #define FUZZ_SCENARIO_DECODER_H_
 
@@ -21,7 +22,7 @@ struct CallPlan {
 };
 
 /// Configurations are JSON and satisfy the data model, whatever the bytes.
-struct Device {
+struct Scenario {
   std::string running;
   std::string candidate;
   bool is_large = false;               ///< so many entries that calls take long
@@ -32,7 +33,7 @@ struct Device {
 /// Each eight bytes are one record: its kind, then choices from small pools, so that names,
 /// addresses and VRFs meet often. A record says on which side it is, and VLANs and VRFs have a
 /// value for each side.
-Device DecodeDevice(std::span<const uint8_t> bytes);
+Scenario DecodeScenario(std::span<const uint8_t> bytes);
 
 }  // namespace fuzz
 

@@ -107,14 +107,14 @@ void CheckNothingIsReadAgain(TransactionOnDevice& transaction, const Calls& call
   }
 }
 
-void CheckCalls(const fuzz::Device& device, const SnapshotPtr& running,
+void CheckCalls(const fuzz::Scenario& scenario, const SnapshotPtr& running,
                 const SnapshotPtr& candidate, bool prints) {
-  TransactionOnDevice transaction(running, candidate, device.has_short_output_name);
+  TransactionOnDevice transaction(running, candidate, scenario.has_short_output_name);
   Judge judge;
   Calls calls;
   RoutesRead routes_read;
-  for (const fuzz::CallPlan& plan : device.calls) {
-    if (device.is_large && calls.size() == kFewCalls) break;
+  for (const fuzz::CallPlan& plan : scenario.calls) {
+    if (scenario.is_large && calls.size() == kFewCalls) break;
     const auto call = transaction.Plan(plan);
     if (!call) continue;
     const std::string fresh = Judge().Ask(transaction, *call);
@@ -136,12 +136,13 @@ void CheckCalls(const fuzz::Device& device, const SnapshotPtr& running,
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 512) return 0;  // 64 records
-  const fuzz::Device device = fuzz::DecodeDevice({data, size});
+  const fuzz::Scenario scenario = fuzz::DecodeScenario({data, size});
   const bool prints = getenv("IPAV_FUZZ_PRINT") != nullptr;
   if (prints) {
-    fprintf(stderr, "running %s\ncandidate %s\n", device.running.c_str(), device.candidate.c_str());
+    fprintf(stderr, "running %s\ncandidate %s\n", scenario.running.c_str(),
+            scenario.candidate.c_str());
   }
-  CheckCalls(device, store::Snapshot::FromText(tests::DataModel(), device.running),
-             store::Snapshot::FromText(tests::DataModel(), device.candidate), prints);
+  CheckCalls(scenario, store::Snapshot::FromText(tests::DataModel(), scenario.running),
+             store::Snapshot::FromText(tests::DataModel(), scenario.candidate), prints);
   return 0;
 }

@@ -62,15 +62,15 @@ nettypes::IPv6AddrMask Mask6(const std::string& text) {
   return MaskOf<nettypes::IPv6AddrMask>(text, Ipv6);
 }
 
-// A device whose L3 table a case fills.
-class Device {
+// The tables of a Config that a case fills.
+class Tables {
  public:
-  Device() {
+  Tables() {
     config_.static_route_config_->ipv4_read_ = true;
     config_.static_route_config_->ipv6_read_ = true;
   }
 
-  Device& L3(const std::string& name, const std::vector<std::string>& addresses) {
+  Tables& L3(const std::string& name, const std::vector<std::string>& addresses) {
     Interface intf;
     intf.name = name;
     intf.vrf_name = "global";
@@ -86,7 +86,7 @@ class Device {
   }
 
   // Without a next hop: a black hole.
-  Device& Route4(const std::string& prefix, const std::string& next_hop = "0.0.0.0") {
+  Tables& Route4(const std::string& prefix, const std::string& next_hop = "0.0.0.0") {
     StaticRouteConfig& table = *config_.static_route_config_;
     const nettypes::IPv4AddrMask network = Mask4(prefix);
     const auto route = std::make_shared<StaticRouteIPv4>("l3 1", "global", network, Ipv4(next_hop));
@@ -100,7 +100,7 @@ class Device {
     return *this;
   }
 
-  Device& Route6(const std::string& prefix, const std::string& next_hop = "::") {
+  Tables& Route6(const std::string& prefix, const std::string& next_hop = "::") {
     StaticRouteConfig& table = *config_.static_route_config_;
     const nettypes::IPv6AddrMask network = Mask6(prefix);
     const auto route = std::make_shared<StaticRouteIPv6>("l3 1", "global", network, Ipv6(next_hop));
@@ -113,7 +113,7 @@ class Device {
     return *this;
   }
 
-  Device& Ospf(const std::string& intf_name, const std::string& address) {
+  Tables& Ospf(const std::string& intf_name, const std::string& address) {
     OspfIf record;
     record.process_id = 10;
     record.vrf_name = "global";
@@ -124,7 +124,7 @@ class Device {
     return *this;
   }
 
-  Device& Vlan(int vlan) {
+  Tables& Vlan(int vlan) {
     config_.l3_config_.interfaces_.back().lim_id = limid_l3_vlan_from_components(vlan);
     return *this;
   }
@@ -156,79 +156,79 @@ int CheckOutputInterfaces(ValidateConfig& checker, const Config& config) {
 struct FormCase {
   const char* name;
   Check check;
-  void (*fill)(Device&);
+  void (*fill)(Tables&);
   const char* message;  // empty: accepted
 };
 
 std::ostream& operator<<(std::ostream& out, const FormCase& c) { return out << c.name; }
 
 const FormCase kFormCases[] = {
-    {"NetworkAddress", CheckIpv4, [](Device& d) { d.L3("l3 1", {"192.0.2.0/24"}); },
+    {"NetworkAddress", CheckIpv4, [](Tables& t) { t.L3("l3 1", {"192.0.2.0/24"}); },
      "l3 1 ipv4 address <192.0.2.0/24> cannot be configured as network address."},
-    {"BroadcastAddress", CheckIpv4, [](Device& d) { d.L3("l3 1", {"192.0.2.255/24"}); },
+    {"BroadcastAddress", CheckIpv4, [](Tables& t) { t.L3("l3 1", {"192.0.2.255/24"}); },
      "l3 1 ipv4 address <192.0.2.255/24> cannot be configured as broadcast address."},
     {"OverlapOfIpv4", CheckIpv4,
-     [](Device& d) { d.L3("l3 1", {"192.0.2.1/24"}).L3("l3 2", {"192.0.2.2/25"}); },
+     [](Tables& t) { t.L3("l3 1", {"192.0.2.1/24"}).L3("l3 2", {"192.0.2.2/25"}); },
      "l3 1 vrf global ipv4 address <192.0.2.1/24> overlaps with l3 2 vrf global ipv4 address "
      "<192.0.2.2/25>."},
     {"OverlapOfIpv6", CheckIpv6,
-     [](Device& d) { d.L3("l3 1", {"2001:db8::1/64"}).L3("l3 2", {"2001:db8::2/96"}); },
+     [](Tables& t) { t.L3("l3 1", {"2001:db8::1/64"}).L3("l3 2", {"2001:db8::2/96"}); },
      "l3 1 ipv6 address <2001:db8::1/64> overlaps with l3 2 ipv6 address <2001:db8::2/96>."},
     {"DuplicateOfIpv4", CheckIpv4,
-     [](Device& d) {
-       d.L3("l3 1", {"192.0.2.1/24", "192.0.2.1/32"});
+     [](Tables& t) {
+       t.L3("l3 1", {"192.0.2.1/24", "192.0.2.1/32"});
      },
      "l3 1 has duplicated IPv4 address 192.0.2.1"},
     {"DuplicateOfIpv6", CheckIpv6,
-     [](Device& d) {
-       d.L3("l3 1", {"2001:db8::1/64", "2001:db8::1/128"});
+     [](Tables& t) {
+       t.L3("l3 1", {"2001:db8::1/64", "2001:db8::1/128"});
      },
      "l3 1 has duplicated IPv6 address 2001:db8::1"},
     {"NextHopOfIpv4", CheckIpv4,
-     [](Device& d) { d.L3("l3 1", {"192.0.2.1/24"}).Route4("10.0.0.0/8", "192.0.2.1"); },
+     [](Tables& t) { t.L3("l3 1", {"192.0.2.1/24"}).Route4("10.0.0.0/8", "192.0.2.1"); },
      "l3 1 ipv4 address 192.0.2.1/24 and static route 10.0.0.0/8 next-hop 192.0.2.1 cannot have "
      "address conflict."},
     {"NextHopOfIpv6", CheckIpv6,
-     [](Device& d) { d.L3("l3 1", {"2001:db8::1/64"}).Route6("fd00::/8", "2001:db8::1"); },
+     [](Tables& t) { t.L3("l3 1", {"2001:db8::1/64"}).Route6("fd00::/8", "2001:db8::1"); },
      "l3 1 ipv6 address 2001:db8::1/64 and static route fd00::/8 next-hop 2001:db8::1 cannot have "
      "address conflict."},
     {"BlackHoleOfIpv4", CheckBlackHoles,
-     [](Device& d) { d.Route4("10.0.0.0/8").Route4("10.0.0.0/8", "192.0.2.1"); },
+     [](Tables& t) { t.Route4("10.0.0.0/8").Route4("10.0.0.0/8", "192.0.2.1"); },
      "Prefix 10.0.0.0/8 cannot be black-hole and have next-hop at the same time"},
     {"BlackHoleOfIpv6", CheckBlackHoles,
-     [](Device& d) { d.Route6("fd00::/8").Route6("fd00::/8", "2001:db8::1"); },
+     [](Tables& t) { t.Route6("fd00::/8").Route6("fd00::/8", "2001:db8::1"); },
      "Prefix fd00::/8 cannot be black-hole and have next-hop at the same time"},
     {"OspfAddressGone", CheckOspf,
-     [](Device& d) { d.L3("l3 1", {"192.0.2.1/24"}).Ospf("l3 1", "192.0.2.2/24"); },
+     [](Tables& t) { t.L3("l3 1", {"192.0.2.1/24"}).Ospf("l3 1", "192.0.2.2/24"); },
      "192.0.2.2/24 cannot be modified nor deleted, it is assigned to router ospf 10 vrf global "
      "area 1 (0.0.0.1)"},
     {"OspfAddressAdded", CheckOspf,
-     [](Device& d) {
-       d.L3("l3 1", {"192.0.2.1/24", "198.51.100.1/24"}).Ospf("l3 1", "192.0.2.1/24");
+     [](Tables& t) {
+       t.L3("l3 1", {"192.0.2.1/24", "198.51.100.1/24"}).Ospf("l3 1", "192.0.2.1/24");
      },
      "198.51.100.1/24 cannot be added after interface is assigned to router ospf 10 vrf global "
      "area 1 (0.0.0.1)"},
     {"LowerLayerGone", CheckOutputInterfaces,
-     [](Device& d) { d.L3("l3 1", {}).Route4("10.0.0.0/8", "192.0.2.9"); },
+     [](Tables& t) { t.L3("l3 1", {}).Route4("10.0.0.0/8", "192.0.2.9"); },
      "l3 1 is being used by a static route. Lower-layer-if cannot be removed from this "
      "interface"},
     {"LowerLayerThere", CheckOutputInterfaces,
-     [](Device& d) { d.L3("l3 1", {}).Vlan(100).Route4("10.0.0.0/8", "192.0.2.9"); }, ""},
+     [](Tables& t) { t.L3("l3 1", {}).Vlan(100).Route4("10.0.0.0/8", "192.0.2.9"); }, ""},
     // One bit of the identifier is set, in its first and in its last byte.
     {"LowerLayerOfOneLowBit", CheckOutputInterfaces,
-     [](Device& d) { d.L3("l3 1", {}).Vlan(-0x0fffffff).Route4("10.0.0.0/8", "192.0.2.9"); }, ""},
+     [](Tables& t) { t.L3("l3 1", {}).Vlan(-0x0fffffff).Route4("10.0.0.0/8", "192.0.2.9"); }, ""},
     {"LowerLayerOfOneHighBit", CheckOutputInterfaces,
-     [](Device& d) { d.L3("l3 1", {}).Vlan(0x70000000).Route4("10.0.0.0/8", "192.0.2.9"); }, ""},
+     [](Tables& t) { t.L3("l3 1", {}).Vlan(0x70000000).Route4("10.0.0.0/8", "192.0.2.9"); }, ""},
 };
 
 class TextForm : public testing::TestWithParam<FormCase> {};
 
 TEST_P(TextForm, IsTheOneOfTheMessage) {
-  Device device;
-  GetParam().fill(device);
+  Tables tables;
+  GetParam().fill(tables);
   ValidateConfig checker;
   const bool accepted = *GetParam().message == '\0';
-  EXPECT_EQ(GetParam().check(checker, device.config()), accepted ? 0 : -1);
+  EXPECT_EQ(GetParam().check(checker, tables.config()), accepted ? 0 : -1);
   EXPECT_EQ(checker.error_, GetParam().message);
 }
 
@@ -268,13 +268,13 @@ class Ipv6Overlap : public testing::TestWithParam<OverlapCase> {
   ~Ipv6Overlap() override { nettypes::IPv6Addr::zone.clear(); }
 
   static std::string Message() {
-    Device device;
+    Tables tables;
     int number = 0;
     for (const std::string& address : GetParam().addresses) {
-      device.L3("l3 " + std::to_string(number++), {address});
+      tables.L3("l3 " + std::to_string(number++), {address});
     }
     ValidateConfig checker;
-    const int result = CheckIpv6(checker, device.config());
+    const int result = CheckIpv6(checker, tables.config());
     EXPECT_EQ(result, checker.error_.empty() ? 0 : -1);
     return checker.error_;
   }

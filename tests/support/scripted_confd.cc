@@ -30,40 +30,38 @@ Function* Original(const char* name, Function* /*type*/) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-// A call with a path: `socket` is what stands in front of the format.
-void RecordPath(const char* function, const std::string& socket, const char* fmt) {
-  if (in_force == nullptr) return;
-  in_force->formats.push_back(std::string(function) + " " + fmt);
-  in_force->Record(std::string(function) + "(" + socket + ", \"" + fmt + "\")");
-  if (in_force->on_call) in_force->on_call(function);
-}
-
-std::string Socket(int sock, int thandle) {
-  return std::to_string(sock) + ", " + std::to_string(thandle);
-}
-
-Answer AnswerIn(std::map<std::string, Answer> ScriptedConfd::*script, const std::string& path) {
-  if (in_force == nullptr) return {};
-  const auto found = (in_force->*script).find(path);
-  Answer answer = found == (in_force->*script).end() ? Answer() : found->second;
-  if (answer.value && !answer.read) answer.read = CONFD_OK;
-  if (in_force->fails()) {
+// One call with a path: what was asked, and the answer to it.
+struct Asked {
+  Asked(const char* function, const std::string& sockets, const char* fmt, va_list args)
+      : path(Format(fmt, args)) {
+    if (in_force == nullptr) return;
+    in_force->formats.push_back(std::string(function) + " " + fmt);
+    in_force->Record(function, sockets + ", \"" + fmt + "\"");
+    const auto& script =
+        function == std::string_view("cdb_get_int32") ? in_force->committed : in_force->answers;
+    if (const auto found = script.find(path); found != script.end()) answer = found->second;
+    if (answer.value && !answer.read) answer.read = CONFD_OK;
+    if (!in_force->fails()) return;
     if (!answer.exists) answer.exists = 0;
     if (!answer.read) answer.read = CONFD_ERR;
   }
-  return answer;
+
+  std::string path;
+  Answer answer = {};
+};
+
+std::string Sockets(int sock, int thandle) {
+  return std::to_string(sock) + ", " + std::to_string(thandle);
 }
 
 // One read: what is answered here, else what libconfd answers.
 template <typename Function, typename Out, typename Store>
 int Read(const char* name, Function* type, int sock, int thandle, Out* out, const char* fmt,
          va_list args, Store store) {
-  const std::string path = Format(fmt, args);
-  RecordPath(name, Socket(sock, thandle), fmt);
-  const Answer answer = AnswerIn(&ScriptedConfd::answers, path);
-  if (answer.value) store(*answer.value);
-  if (answer.read) return *answer.read;
-  return Original(name, type)(sock, thandle, out, "%s", path.c_str());
+  const Asked asked(name, Sockets(sock, thandle), fmt, args);
+  if (asked.answer.value) store(*asked.answer.value);
+  if (asked.answer.read) return *asked.answer.read;
+  return Original(name, type)(sock, thandle, out, "%s", asked.path.c_str());
 }
 
 }  // namespace
@@ -73,7 +71,10 @@ ScriptedConfd::~ScriptedConfd() { in_force = nullptr; }
 
 std::vector<std::string> ScriptedConfd::TakeCalls() { return std::exchange(calls_, {}); }
 
-void ScriptedConfd::Record(const std::string& call) { calls_.push_back(call); }
+void ScriptedConfd::Record(const std::string& function, const std::string& arguments) {
+  calls_.push_back(function + "(" + arguments + ")");
+  if (on_call) on_call(function);
+}
 
 confd_value_t Int32(int32_t number) {
   confd_value_t value{};
@@ -100,12 +101,10 @@ using tests::in_force;
 int maapi_exists(int sock, int thandle, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  const std::string path = tests::Format(fmt, args);
+  const tests::Asked asked("maapi_exists", tests::Sockets(sock, thandle), fmt, args);
   va_end(args);
-  tests::RecordPath("maapi_exists", tests::Socket(sock, thandle), fmt);
-  const tests::Answer answer = tests::AnswerIn(&tests::ScriptedConfd::answers, path);
-  if (answer.exists) return *answer.exists;
-  return tests::Original("maapi_exists", maapi_exists)(sock, thandle, "%s", path.c_str());
+  if (asked.answer.exists) return *asked.answer.exists;
+  return tests::Original("maapi_exists", maapi_exists)(sock, thandle, "%s", asked.path.c_str());
 }
 
 int maapi_get_elem(int sock, int thandle, confd_value_t* v, const char* fmt, ...) {
@@ -163,23 +162,20 @@ int maapi_get_ipv6_and_plen_elem(int sock, int thandle, confd_ipv6_prefix* rval,
 int cdb_get_int32(int sock, int32_t* rval, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  const std::string path = tests::Format(fmt, args);
+  const tests::Asked asked("cdb_get_int32", std::to_string(sock), fmt, args);
   va_end(args);
-  tests::RecordPath("cdb_get_int32", std::to_string(sock), fmt);
-  const tests::Answer answer = tests::AnswerIn(&tests::ScriptedConfd::committed, path);
-  if (answer.value) *rval = CONFD_GET_INT32(&*answer.value);
-  if (answer.read) return *answer.read;
-  return tests::Original("cdb_get_int32", cdb_get_int32)(sock, rval, "%s", path.c_str());
+  if (asked.answer.value) *rval = CONFD_GET_INT32(&*asked.answer.value);
+  if (asked.answer.read) return *asked.answer.read;
+  return tests::Original("cdb_get_int32", cdb_get_int32)(sock, rval, "%s", asked.path.c_str());
 }
 
 int maapi_init_cursor(int sock, int thandle, maapi_cursor* mc, const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  const std::string path = tests::Format(fmt, args);
+  const tests::Asked asked("maapi_init_cursor", tests::Sockets(sock, thandle), fmt, args);
   va_end(args);
-  tests::RecordPath("maapi_init_cursor", tests::Socket(sock, thandle), fmt);
   return tests::Original("maapi_init_cursor", maapi_init_cursor)(sock, thandle, mc, "%s",
-                                                                 path.c_str());
+                                                                 asked.path.c_str());
 }
 
 int maapi_get_next(maapi_cursor* mc) {
@@ -243,8 +239,7 @@ void confd_trans_seterr(confd_trans_ctx* tctx, const char* fmt, ...) {
     in_force->error = text;
     in_force->refused = tctx;
     in_force->error_formats.emplace_back(fmt);
-    in_force->Record("confd_trans_seterr(\"" + std::string(fmt) + "\")");
-    if (in_force->on_call) in_force->on_call("confd_trans_seterr");
+    in_force->Record("confd_trans_seterr", "\"" + std::string(fmt) + "\"");
     if (in_force->fails()) return;
   }
   tests::Original("confd_trans_seterr", confd_trans_seterr)(tctx, "%s", text.c_str());

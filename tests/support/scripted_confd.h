@@ -32,6 +32,12 @@ struct Answer {
   std::optional<confd_value_t> value = {};  ///< what the read stores, a copy; whatever its result
 };
 
+/// What maapi_xpath_eval_expr answers.
+struct XPathAnswer {
+  int result = CONFD_OK;
+  std::optional<std::string> text = {};  ///< none: a null pointer
+};
+
 /// In force while it lives; one at a time.
 class ScriptedConfd {
  public:
@@ -52,11 +58,6 @@ class ScriptedConfd {
   /// What confd_pp_value prints instead of a text; a text that is not here stays.
   std::map<std::string, std::string> printed_instead;
 
-  /// What maapi_xpath_eval_expr answers.
-  struct XPathAnswer {
-    int result = CONFD_OK;
-    std::optional<std::string> text = {};  ///< none: a null pointer
-  };
   std::optional<XPathAnswer> xpath;
 
   /// Takes the place of maapi_keypath_diff_iterate: the callback and its state.
@@ -107,7 +108,7 @@ class ScriptedConfd {
 
   // Of the functions in scripted_confd.cc.
   bool fails() const { return unscripted_ == Unscripted::kFails; }
-  void Record(const std::string& call);
+  void Record(const std::string& function, const std::string& arguments);
 
  private:
   Unscripted unscripted_;

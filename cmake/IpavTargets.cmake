@@ -38,16 +38,19 @@ function(ipav_target target)
 endfunction()
 
 # ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
-# A GoogleTest program of that name, run by CTest as one test. It writes its results as XML for script/test to count.
+# A GoogleTest program of that name, run by CTest as one test. It writes its results as XML for script/test to count, and
+# finds what tests share as "support/<name>.h".
 # The target <label>_tests builds all programs of one label.
 function(ipav_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS")
   add_executable(${name} ${arg_SOURCES})
   ipav_target(${name})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gmock_main)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${name} PRIVATE
     IPAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-    IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}"
+    IPAV_SANITIZE="${IPAV_SANITIZE}")
   add_test(NAME ${name} COMMAND ${name})
   foreach(label IN LISTS arg_LABELS)
     if(NOT TARGET ${label}_tests)

@@ -27,7 +27,7 @@ class ModelFolder {
     path_ = mkdtemp(pattern.data());
     const fs::path extensions = "tailf-common@2024-01-01.yang";
     fs::copy_file(fs::path(IPAV_SOURCE_DIR "/yang") / extensions, path_ / extensions);
-    fs::copy_file(IPAV_SOURCE_DIR "/tests/host/data/trigger-model.yang",
+    fs::copy_file(IPAV_SOURCE_DIR "/tests/host/transaction/data/trigger-model.yang",
                   path_ / "trigger-model.yang");
   }
   ~ModelFolder() { fs::remove_all(path_); }

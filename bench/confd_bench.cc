@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "confd/transaction.h"
+#include "confd_maapi.h"
 #include "store/diff.h"
 #include "store/snapshot.h"
-#include "confd_maapi.h"
 #include "support/data_model.h"
 
 namespace {

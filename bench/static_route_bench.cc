@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "confd/transaction.h"
-#include "store/snapshot.h"
 #include "config.h"
 #include "growth.h"
 #include "static_route_config.h"
+#include "store/snapshot.h"
 #include "support/data_model.h"
 #include "validate_config.h"
 

@@ -11,9 +11,9 @@
 
 #include "confd/keypath.h"
 #include "confd/transaction.h"
-#include "store/snapshot.h"
 #include "framework/host.h"
 #include "scenario_decoder.h"
+#include "store/snapshot.h"
 
 namespace fuzz {
 

@@ -9,10 +9,10 @@
 #include "confd/call_count.h"
 #include "confd/keypath.h"
 #include "confd/transaction.h"
-#include "store/error.h"
-#include "store/snapshot.h"
 #include "confd_maapi.h"
 #include "require.h"
+#include "store/error.h"
+#include "store/snapshot.h"
 #include "support/data_model.h"
 
 namespace {

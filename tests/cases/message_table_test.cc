@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "store/schema.h"
 #include "message_table.h"
 #include "source_messages.h"
+#include "store/schema.h"
 #include "support/data_model.h"
 #include "support/run_program.h"
 

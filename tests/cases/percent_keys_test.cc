@@ -17,9 +17,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "plugin_session.h"
 #include "store/schema_node.h"
 #include "store/snapshot.h"
-#include "plugin_session.h"
 #include "support/data_model.h"
 #include "triggers.h"
 

@@ -14,9 +14,9 @@
 #include "confd/keypath.h"
 #include "confd/transaction.h"
 #include "confd/watch_calls.h"
-#include "store/snapshot.h"
 #include "confd_dp.h"
 #include "framework/host.h"
+#include "store/snapshot.h"
 #include "support/device.h"
 
 namespace tests {

@@ -8,11 +8,11 @@
 
 #include "confd/keypath.h"
 #include "confd/transaction.h"
-#include "store/schema_node.h"
-#include "store/snapshot.h"
 #include "confd_maapi.h"
 #include "framework/host.h"
 #include "plugin.h"
+#include "store/schema_node.h"
+#include "store/snapshot.h"
 #include "support/data_model.h"
 
 namespace {

@@ -14,8 +14,8 @@
 #include "confd/call_count.h"
 #include "confd/keypath.h"
 #include "confd/transaction.h"
-#include "store/snapshot.h"
 #include "framework/host.h"
+#include "store/snapshot.h"
 #include "support/data_model.h"
 #include "support/point_fixture.h"
 

@@ -267,28 +267,30 @@ std::list<nettypes::IPv6AddrMask> GenericConfig::get_intf_ipv6_addr_mask_list(
   return masks;
 }
 
-Interface* InterfaceConfig::FindByName(const std::string& name) {
-  const auto position_of = [this](const std::string& wanted) {
-    return positions_.Find(
-        wanted, [this, &wanted](size_t position) { return interfaces_[position].name == wanted; });
-  };
+size_t InterfaceIndex::FindIndexed(const std::string& name) const {
+  return positions_.Find(name, [&](size_t i) { return interfaces_[i].name == name; });
+}
+
+size_t InterfaceIndex::Find(const std::string& name) {
   for (; indexed_ < interfaces_.size(); ++indexed_) {
     const std::string& added = interfaces_[indexed_].name;
     // Of entries with one name the first counts.
-    if (position_of(added) == NameIndex::kNone) positions_.Add(added, indexed_);
+    if (FindIndexed(added) == kNone) positions_.Add(added, indexed_);
   }
-  const size_t position = position_of(name);
-  return position == NameIndex::kNone ? nullptr : &interfaces_[position];
+  return FindIndexed(name);
 }
 
 void InterfaceConfig::MergeConfigAndInsert(const Interface& intf) {
-  Interface* known = FindByName(intf.name);
-  if (known == nullptr) {
+  const size_t position = index_.Find(intf.name);
+  if (position == InterfaceIndex::kNone) {
     interfaces_.push_back(intf);
-  } else if (known->ipv4_addr_list.empty() && !intf.ipv4_addr_list.empty()) {
-    known->ipv4_addr_list = intf.ipv4_addr_list;
-  } else if (known->ipv6_addr_list.empty() && !intf.ipv6_addr_list.empty()) {
-    known->ipv6_addr_list = intf.ipv6_addr_list;
+    return;
+  }
+  Interface& known = interfaces_[position];
+  if (known.ipv4_addr_list.empty() && !intf.ipv4_addr_list.empty()) {
+    known.ipv4_addr_list = intf.ipv4_addr_list;
+  } else if (known.ipv6_addr_list.empty() && !intf.ipv6_addr_list.empty()) {
+    known.ipv6_addr_list = intf.ipv6_addr_list;
   }
 }
 

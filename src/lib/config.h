@@ -129,6 +129,27 @@ struct Interface {
   limid_t lim_id{};
 };
 
+/// Where in a table the interfaces stand, by name. Looks at the table when it is asked: entries may
+/// have been appended since. Belongs to one user, and lives no longer than the table.
+class InterfaceIndex {
+ public:
+  static constexpr size_t kNone = NameIndex::kNone;
+
+  explicit InterfaceIndex(const std::vector<Interface>& interfaces) : interfaces_(interfaces) {}
+  InterfaceIndex(const InterfaceIndex&) = delete;
+  InterfaceIndex& operator=(const InterfaceIndex&) = delete;
+
+  /// The position of the first interface of that name, or kNone.
+  size_t Find(const std::string& name);
+
+ private:
+  size_t FindIndexed(const std::string& name) const;
+
+  const std::vector<Interface>& interfaces_;
+  NameIndex positions_;  // of the first `indexed_` entries
+  size_t indexed_ = 0;
+};
+
 /// A table of interfaces of one kind.
 class InterfaceConfig : public GenericConfig {
  public:
@@ -144,11 +165,7 @@ class InterfaceConfig : public GenericConfig {
   const InterfaceType type_;
 
  private:
-  Interface* FindByName(const std::string& name);
-
-  // Of the first `indexed_` entries; the rest is added when a name is looked up.
-  NameIndex positions_;
-  size_t indexed_ = 0;
+  InterfaceIndex index_{interfaces_};
 };
 
 /// The list /config/interface/l3.

@@ -16,7 +16,6 @@
 #include "address_overlap.h"
 #include "config.h"
 #include "ip_app_validation/ip_app_validation.h"
-#include "name_index.h"
 #include "static_route_config.h"
 #include "validate_logger.h"
 #include "validation_points.h"
@@ -119,53 +118,23 @@ bool AnyPairAcrossTables(const AddressOverlap<AddrMask>& overlap, const Interfac
   return false;
 }
 
-// Finds the interfaces of a table by name. Asked in the order of the table it only compares each
-// name with the next one, so that the tables of a large device stream through the caches; the index
-// for all other questions is made when the first of them comes. Either way the answer is the one
-// that a search from the front gives: names are unique.
-class InterfaceFinder {
- public:
-  explicit InterfaceFinder(const InterfaceConfig& table) : interfaces_(table.interfaces_) {}
-
-  /// The interface of that name, or null.
-  const Interface* Find(const std::string& name) {
-    if (next_ >= interfaces_.size() || interfaces_[next_].name != name) {
-      if (!indexed_) Index();
-      const size_t position = PositionOf(name);
-      if (position == NameIndex::kNone) return nullptr;
-      next_ = position;
-    }
-    return &interfaces_[next_++];
-  }
-
- private:
-  size_t PositionOf(const std::string& name) const {
-    return positions_.Find(name, [&](size_t i) { return interfaces_[i].name == name; });
-  }
-
-  void Index() {
-    for (size_t i = 0; i < interfaces_.size(); ++i) {
-      if (PositionOf(interfaces_[i].name) == NameIndex::kNone) {
-        positions_.Add(interfaces_[i].name, i);
-      }
-    }
-    indexed_ = true;
-  }
-
-  const std::vector<Interface>& interfaces_;
-  size_t next_ = 0;  // behind the one found last
-  NameIndex positions_;
-  bool indexed_ = false;
-};
-
 // Whether `passes` holds for every OSPF record and the interface of its name, in the order of the
-// records.
+// records. As long as they come in the order of the table each name is only compared with the next
+// one, so that the tables of a large device stream through the caches; the index for all other
+// questions is made when the first of them comes. Either way the answer is the one that a search
+// from the front gives: names are unique.
 template <typename Passes>
 bool AllPairsByName(const Ospfv2Config& ospf, const InterfaceConfig& table, const Passes& passes) {
-  InterfaceFinder finder(table);
+  const std::vector<Interface>& interfaces = table.interfaces_;
+  InterfaceIndex index(interfaces);
+  size_t next = 0;  // behind the interface found last
   return std::all_of(ospf.table_.begin(), ospf.table_.end(), [&](const auto& record) {
-    const Interface* intf = finder.Find(record->intf_name);
-    return intf == nullptr || passes(*intf, *record);
+    const std::string& name = record->intf_name;
+    const bool is_next = next < interfaces.size() && interfaces[next].name == name;
+    const size_t position = is_next ? next : index.Find(name);
+    if (position == InterfaceIndex::kNone) return true;
+    next = position + 1;
+    return passes(interfaces[position], *record);
   });
 }
 

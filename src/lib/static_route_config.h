@@ -36,37 +36,25 @@ class StaticRoute {
   std::string vrf_name;
 };
 
-class StaticRouteIPv4 : public StaticRoute {
+/// A route of one address family.
+template <typename Prefix, typename Addr>
+class StaticRouteOf : public StaticRoute {
  public:
-  StaticRouteIPv4(std::string output_intf, std::string vrf, nettypes::IPv4AddrMask network,
-                  nettypes::IPv4Addr next_hop)
+  StaticRouteOf(std::string output_intf, std::string vrf, Prefix network, Addr next_hop)
       : StaticRoute(std::move(output_intf), std::move(vrf)),
         network_(network),
         next_hop_(next_hop) {}
 
-  const nettypes::IPv4AddrMask& network() const override { return network_; }
-  const nettypes::IPv4Addr& next_hop() const override { return next_hop_; }
+  const Prefix& network() const override { return network_; }
+  const Addr& next_hop() const override { return next_hop_; }
 
  private:
-  nettypes::IPv4AddrMask network_;
-  nettypes::IPv4Addr next_hop_;
+  Prefix network_;
+  Addr next_hop_;
 };
 
-class StaticRouteIPv6 : public StaticRoute {
- public:
-  StaticRouteIPv6(std::string output_intf, std::string vrf, nettypes::IPv6AddrMask network,
-                  nettypes::IPv6Addr next_hop)
-      : StaticRoute(std::move(output_intf), std::move(vrf)),
-        network_(network),
-        next_hop_(next_hop) {}
-
-  const nettypes::IPv6AddrMask& network() const override { return network_; }
-  const nettypes::IPv6Addr& next_hop() const override { return next_hop_; }
-
- private:
-  nettypes::IPv6AddrMask network_;
-  nettypes::IPv6Addr next_hop_;
-};
+using StaticRouteIPv4 = StaticRouteOf<nettypes::IPv4AddrMask, nettypes::IPv4Addr>;
+using StaticRouteIPv6 = StaticRouteOf<nettypes::IPv6AddrMask, nettypes::IPv6Addr>;
 
 /// A prefix or a next hop in a VRF. Ordered by VRF name, byte by byte, then by address.
 template <typename T>

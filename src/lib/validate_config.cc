@@ -100,22 +100,75 @@ bool HasLowerLayer(const limid_t& lim_id) {
   return std::any_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte != 0; });
 }
 
-// Whether `overlaps` holds for an interface of `table` and one of a table of another kind: tables
-// in their order, then the other table's interfaces, then those of `table`. Interfaces that can
-// meet none of `table` are passed over: `overlap` is that of `table`.
-template <typename AddrMask, typename Overlaps>
-bool AnyPairAcrossTables(const AddressOverlap<AddrMask>& overlap, const InterfaceConfig& table,
-                         const std::vector<InterfaceConfig*>& tables, const Overlaps& overlaps) {
+// The rules of one address family. Each says whether it is broken, and by then has left its
+// sentence in the checker.
+
+struct Ipv4Rules {
+  using AddrMask = nettypes::IPv4AddrMask;
+
+  bool IsFaulty(const Interface& intf) const {
+    return !checker.InterfaceIPv4IsValid(intf) || checker.InterfaceHasDuplicateIpv4(intf);
+  }
+  bool Overlap(const Interface& a, const Interface& b) const {
+    return checker.InterfaceIPv4Overlap(a, b);
+  }
+  bool IsNextHop(const Interface& intf, const StaticRouteConfig& routes) const {
+    return checker.InterfaceIPv4MatchStaticRouteNextHop(intf, routes);
+  }
+
+  ValidateConfig& checker;
+};
+
+struct Ipv6Rules {
+  using AddrMask = nettypes::IPv6AddrMask;
+
+  bool IsFaulty(const Interface& intf) const { return checker.InterfaceHasDuplicateIpv6(intf); }
+  bool Overlap(const Interface& a, const Interface& b) const {
+    return checker.InterfaceIPv6Overlap(a, b);
+  }
+  bool IsNextHop(const Interface& intf, const StaticRouteConfig& routes) const {
+    return checker.InterfaceIPv6MatchStaticRouteNextHop(intf, routes);
+  }
+
+  ValidateConfig& checker;
+};
+
+// Whether an interface of `table` overlaps one of a table of another kind: tables in their order,
+// then the other table's interfaces, then those of `table`. Interfaces that can meet none of
+// `table` are passed over: `overlap` is that of `table`.
+template <typename Rules>
+bool OverlapsAcrossTables(const Rules& rules,
+                          const AddressOverlap<typename Rules::AddrMask>& overlap,
+                          const InterfaceConfig& table,
+                          const std::vector<InterfaceConfig*>& tables) {
   for (const InterfaceConfig* other_table : tables) {
     if (other_table->type_ == table.type_) continue;
     for (const Interface& other : other_table->interfaces_) {
       if (!overlap.MayOverlap(other)) continue;
       for (const Interface& own : table.interfaces_) {
-        if (overlaps(own, other)) return true;
+        if (rules.Overlap(own, other)) return true;
       }
     }
   }
   return false;
+}
+
+// Whether a rule is broken: on an interface of `table`, each one in turn, and after that between
+// one of them and one of another kind. The first fault wins.
+template <typename Rules>
+bool AnyFault(const Rules& rules, const Config& cfg, const InterfaceConfig& table) {
+  const std::vector<Interface>& interfaces = table.interfaces_;
+  const AddressOverlap<typename Rules::AddrMask> overlap(interfaces);
+  for (size_t i = 0; i < interfaces.size(); ++i) {
+    if (rules.IsFaulty(interfaces[i])) return true;
+    if (overlap.MayOverlapLater(i)) {
+      for (size_t j = i + 1; j < interfaces.size(); ++j) {
+        if (rules.Overlap(interfaces[i], interfaces[j])) return true;
+      }
+    }
+    if (rules.IsNextHop(interfaces[i], *cfg.static_route_config_)) return true;
+  }
+  return OverlapsAcrossTables(rules, overlap, table, cfg.intf_configs_);
 }
 
 // Whether `passes` holds for every OSPF record and the interface of its name, in the order of the
@@ -197,23 +250,7 @@ int ValidateConfig::ValidateInterfaceIPv4(const Config& cfg, InterfaceType type)
     error_ = kInvalidInterface;
     return -1;
   }
-  const std::vector<Interface>& interfaces = table->interfaces_;
-  const AddressOverlap<nettypes::IPv4AddrMask> overlap(interfaces);
-  for (size_t i = 0; i < interfaces.size(); ++i) {
-    if (!InterfaceIPv4IsValid(interfaces[i])) return -1;
-    if (InterfaceHasDuplicateIpv4(interfaces[i])) return -1;
-    if (overlap.MayOverlapLater(i)) {
-      for (size_t j = i + 1; j < interfaces.size(); ++j) {
-        if (InterfaceIPv4Overlap(interfaces[i], interfaces[j])) return -1;
-      }
-    }
-    if (InterfaceIPv4MatchStaticRouteNextHop(interfaces[i], *cfg.static_route_config_)) return -1;
-  }
-  const bool overlaps = AnyPairAcrossTables(overlap, *table, cfg.intf_configs_,
-                                            [this](const Interface& own, const Interface& other) {
-                                              return InterfaceIPv4Overlap(own, other);
-                                            });
-  return overlaps ? -1 : 0;
+  return AnyFault(Ipv4Rules{*this}, cfg, *table) ? -1 : 0;
 }
 
 int ValidateConfig::ValidateInterfaceIPv6(const Config& cfg, InterfaceType type) {
@@ -222,22 +259,7 @@ int ValidateConfig::ValidateInterfaceIPv6(const Config& cfg, InterfaceType type)
     error_ = kInvalidInterface;
     return -1;
   }
-  const std::vector<Interface>& interfaces = table->interfaces_;
-  const AddressOverlap<nettypes::IPv6AddrMask> overlap(interfaces);
-  for (size_t i = 0; i < interfaces.size(); ++i) {
-    if (InterfaceHasDuplicateIpv6(interfaces[i])) return -1;
-    if (overlap.MayOverlapLater(i)) {
-      for (size_t j = i + 1; j < interfaces.size(); ++j) {
-        if (InterfaceIPv6Overlap(interfaces[i], interfaces[j])) return -1;
-      }
-    }
-    if (InterfaceIPv6MatchStaticRouteNextHop(interfaces[i], *cfg.static_route_config_)) return -1;
-  }
-  const bool overlaps = AnyPairAcrossTables(overlap, *table, cfg.intf_configs_,
-                                            [this](const Interface& own, const Interface& other) {
-                                              return InterfaceIPv6Overlap(own, other);
-                                            });
-  return overlaps ? -1 : 0;
+  return AnyFault(Ipv6Rules{*this}, cfg, *table) ? -1 : 0;
 }
 
 // An interface address is neither the network nor the broadcast address of its subnet. Deliberate:
@@ -306,19 +328,13 @@ bool ValidateConfig::InterfaceIPv6Overlap(const Interface& a, const Interface& b
 bool ValidateConfig::InterfaceIPv4Overlap(const InterfaceConfig& table,
                                           const std::vector<InterfaceConfig*>& tables) {
   const AddressOverlap<nettypes::IPv4AddrMask> overlap(table.interfaces_);
-  return AnyPairAcrossTables(overlap, table, tables,
-                             [this](const Interface& own, const Interface& other) {
-                               return InterfaceIPv4Overlap(own, other);
-                             });
+  return OverlapsAcrossTables(Ipv4Rules{*this}, overlap, table, tables);
 }
 
 bool ValidateConfig::InterfaceIPv6Overlap(const InterfaceConfig& table,
                                           const std::vector<InterfaceConfig*>& tables) {
   const AddressOverlap<nettypes::IPv6AddrMask> overlap(table.interfaces_);
-  return AnyPairAcrossTables(overlap, table, tables,
-                             [this](const Interface& own, const Interface& other) {
-                               return InterfaceIPv6Overlap(own, other);
-                             });
+  return OverlapsAcrossTables(Ipv6Rules{*this}, overlap, table, tables);
 }
 
 int ValidateConfig::ValidateOspfv2(const Config& cfg) {

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "address_overlap.h"
@@ -83,6 +84,30 @@ const AddrMask* FirstDuplicate(const std::list<AddrMask>& addrs) {
     if (first == nullptr || sorted[i].position < first->position) first = &sorted[i];
   }
   return first == nullptr ? nullptr : first->mask;
+}
+
+// The first two that overlap, in the order of `addrs_a` and for each of these of `addrs_b`; null
+// when none do.
+template <typename AddrMask>
+std::pair<const AddrMask*, const AddrMask*> FirstOverlap(const std::list<AddrMask>& addrs_a,
+                                                         const std::list<AddrMask>& addrs_b) {
+  for (const AddrMask& a : addrs_a) {
+    for (const AddrMask& b : addrs_b) {
+      if (a.Overlap(b)) return {&a, &b};
+    }
+  }
+  return {nullptr, nullptr};
+}
+
+// The first of `addrs` that is the next hop of a route in the VRF, or null. `route` then is that
+// route.
+template <typename AddrMask>
+const AddrMask* FirstNextHop(const std::list<AddrMask>& addrs, const std::string& vrf_name,
+                             const StaticRouteConfig& routes, std::shared_ptr<StaticRoute>& route) {
+  for (const AddrMask& address : addrs) {
+    if (routes.FindNextHop({vrf_name, address.addr()}, route)) return &address;
+  }
+  return nullptr;
 }
 
 // What the platform's stream operator writes, which need not be what to_string() gives.
@@ -300,29 +325,21 @@ bool ValidateConfig::InterfaceHasDuplicateIpv6(const Interface& intf) {
 // VRFs, the IPv6 message does not.
 bool ValidateConfig::InterfaceIPv4Overlap(const Interface& a, const Interface& b) {
   if (!ShareAddressSpace(a.vrf_name, b.vrf_name)) return false;
-  for (const nettypes::IPv4AddrMask& addr_a : a.ipv4_addr_list) {
-    for (const nettypes::IPv4AddrMask& addr_b : b.ipv4_addr_list) {
-      if (!addr_a.Overlap(addr_b)) continue;
-      error_ = a.name + " vrf " + a.vrf_name + " ipv4 address " + Streamed(addr_a) +
-               " overlaps with " + b.name + " vrf " + b.vrf_name + " ipv4 address " +
-               Streamed(addr_b) + ".";
-      return true;
-    }
-  }
-  return false;
+  const auto [addr_a, addr_b] = FirstOverlap(a.ipv4_addr_list, b.ipv4_addr_list);
+  if (addr_a == nullptr) return false;
+  error_ = a.name + " vrf " + a.vrf_name + " ipv4 address " + Streamed(*addr_a) +
+           " overlaps with " + b.name + " vrf " + b.vrf_name + " ipv4 address " +
+           Streamed(*addr_b) + ".";
+  return true;
 }
 
 bool ValidateConfig::InterfaceIPv6Overlap(const Interface& a, const Interface& b) {
   if (!ShareAddressSpace(a.vrf_name, b.vrf_name)) return false;
-  for (const nettypes::IPv6AddrMask& addr_a : a.ipv6_addr_list) {
-    for (const nettypes::IPv6AddrMask& addr_b : b.ipv6_addr_list) {
-      if (!addr_a.Overlap(addr_b)) continue;
-      error_ = a.name + " ipv6 address " + Streamed(addr_a) + " overlaps with " + b.name +
-               " ipv6 address " + Streamed(addr_b) + ".";
-      return true;
-    }
-  }
-  return false;
+  const auto [addr_a, addr_b] = FirstOverlap(a.ipv6_addr_list, b.ipv6_addr_list);
+  if (addr_a == nullptr) return false;
+  error_ = a.name + " ipv6 address " + Streamed(*addr_a) + " overlaps with " + b.name +
+           " ipv6 address " + Streamed(*addr_b) + ".";
+  return true;
 }
 
 bool ValidateConfig::InterfaceIPv4Overlap(const InterfaceConfig& table,
@@ -456,28 +473,26 @@ int ValidateConfig::ValidateRouteBlackHole(const Config& cfg) {
 
 bool ValidateConfig::InterfaceIPv4MatchStaticRouteNextHop(const Interface& intf,
                                                           const StaticRouteConfig& routes) {
-  for (const nettypes::IPv4AddrMask& address : intf.ipv4_addr_list) {
-    std::shared_ptr<StaticRoute> route;
-    if (!routes.FindNextHop({intf.vrf_name, address.addr()}, route)) continue;
-    error_ = intf.name + " ipv4 address " + address.to_string() + " and static route " +
-             route->network().to_string() + " next-hop " + route->next_hop().to_string() +
-             " cannot have address conflict.";
-    return true;
-  }
-  return false;
+  std::shared_ptr<StaticRoute> route;
+  const nettypes::IPv4AddrMask* address =
+      FirstNextHop(intf.ipv4_addr_list, intf.vrf_name, routes, route);
+  if (address == nullptr) return false;
+  error_ = intf.name + " ipv4 address " + address->to_string() + " and static route " +
+           route->network().to_string() + " next-hop " + route->next_hop().to_string() +
+           " cannot have address conflict.";
+  return true;
 }
 
 bool ValidateConfig::InterfaceIPv6MatchStaticRouteNextHop(const Interface& intf,
                                                           const StaticRouteConfig& routes) {
-  for (const nettypes::IPv6AddrMask& address : intf.ipv6_addr_list) {
-    std::shared_ptr<StaticRoute> route;
-    if (!routes.FindNextHop({intf.vrf_name, address.addr()}, route)) continue;
-    error_ = intf.name + " ipv6 address " + address.to_string() + " and static route " +
-             route->network().to_string() + " next-hop " + route->next_hop().to_string() +
-             " cannot have address conflict.";
-    return true;
-  }
-  return false;
+  std::shared_ptr<StaticRoute> route;
+  const nettypes::IPv6AddrMask* address =
+      FirstNextHop(intf.ipv6_addr_list, intf.vrf_name, routes, route);
+  if (address == nullptr) return false;
+  error_ = intf.name + " ipv6 address " + address->to_string() + " and static route " +
+           route->network().to_string() + " next-hop " + route->next_hop().to_string() +
+           " cannot have address conflict.";
+  return true;
 }
 
 // The output interface of a static route with a next hop keeps its lower layer. Loopback and

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <iterator>
 #include <list>
 #include <memory>
@@ -367,27 +368,19 @@ int ValidateConfig::ValidateOspfv2Vrf(const Config& cfg) {
 }
 
 bool ValidateConfig::ValidateOspfv2CrossIfL3(const L3Config& l3, const Ospfv2Config& ospf) {
-  return AllPairsByName(ospf, l3, [this](const Interface& intf, const OspfIf& record) {
-    return KeepsOspfAddresses(intf, record);
-  });
+  return AllPairsByName(ospf, l3, std::bind_front(&ValidateConfig::KeepsOspfAddresses, this));
 }
 
 bool ValidateConfig::ValidateOspfv2CrossIfLo(const LoConfig& lo, const Ospfv2Config& ospf) {
-  return AllPairsByName(ospf, lo, [this](const Interface& intf, const OspfIf& record) {
-    return KeepsOspfAddresses(intf, record);
-  });
+  return AllPairsByName(ospf, lo, std::bind_front(&ValidateConfig::KeepsOspfAddresses, this));
 }
 
 bool ValidateConfig::ValidateOspfv2CrossIfL3Vrf(const L3Config& l3, const Ospfv2Config& ospf) {
-  return AllPairsByName(ospf, l3, [this](const Interface& intf, const OspfIf& record) {
-    return IsInOspfVrf(intf, record);
-  });
+  return AllPairsByName(ospf, l3, std::bind_front(&ValidateConfig::IsInOspfVrf, this));
 }
 
 bool ValidateConfig::ValidateOspfv2CrossIfLoVrf(const LoConfig& lo, const Ospfv2Config& ospf) {
-  return AllPairsByName(ospf, lo, [this](const Interface& intf, const OspfIf& record) {
-    return IsInOspfVrf(intf, record);
-  });
+  return AllPairsByName(ospf, lo, std::bind_front(&ValidateConfig::IsInOspfVrf, this));
 }
 
 // An address that OSPFv2 uses stays on its interface with its prefix length, and no other is added.

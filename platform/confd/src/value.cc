@@ -29,6 +29,14 @@ unsigned char* CopyBytes(const void* bytes, size_t size) {
   return copy;
 }
 
+confd_value_t CopiedBuffer(confd_vtype type, const void* bytes, size_t size) {
+  confd_value_t value{};
+  value.type = type;
+  value.val.buf.ptr = CopyBytes(bytes, size);
+  value.val.buf.size = static_cast<unsigned>(size);
+  return value;
+}
+
 // The type that a device's schema gives to a string type of this kind.
 confd_vtype TypeOf(store::StringKind kind) {
   switch (kind) {
@@ -77,10 +85,10 @@ confd_value_t StringValue(const lyd_node* leaf, const lysc_type* type) {
       return value;
     case C_BINARY: {
       const std::string bytes = store::HexListBytes(text);
-      return BufferValue(C_BINARY, bytes.data(), bytes.size());
+      return CopiedBuffer(C_BINARY, bytes.data(), bytes.size());
     }
     case C_BUF:
-      return BufferValue(C_BUF, text.data(), text.size());
+      return CopiedBuffer(C_BUF, text.data(), text.size());
     default:
       return value;
   }
@@ -90,16 +98,8 @@ confd_value_t StringValue(const lyd_node* leaf, const lysc_type* type) {
 
 int64_t OutstandingValues() { return outstanding_values; }
 
-bool OwnsBuffer(confd_vtype type) {
-  return type == C_BUF || type == C_BINARY || type == C_HEXSTR || type == C_BITBIG;
-}
-
 confd_value_t BufferValue(confd_vtype type, const void* bytes, size_t size) {
-  confd_value_t value{};
-  value.type = type;
-  value.val.buf.ptr = CopyBytes(bytes, size);
-  value.val.buf.size = static_cast<unsigned>(size);
-  return value;
+  return CopiedBuffer(type, bytes, size);
 }
 
 void FreeOwned(confd_value_t* value) {
@@ -175,7 +175,7 @@ confd_value_t LeafValue(const lyd_node* leaf) {
       break;
     case LY_TYPE_BINARY: {
       const auto* binary = store::Stored<lyd_value_binary>(stored);
-      return BufferValue(C_BINARY, binary->data, binary->size);
+      return CopiedBuffer(C_BINARY, binary->data, binary->size);
     }
     case LY_TYPE_EMPTY:
       if (lysc_is_key(leaf->schema) || stored.realtype != store::DeclaredType(leaf->schema)) {

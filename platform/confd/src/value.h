@@ -25,7 +25,9 @@ void ReplaceByOtherType(confd_value_t* value);
 confd_value_t TagValue(store::NodeTag tag);
 
 /// Whether values of the type have memory of their own that the stand-in allocates.
-bool OwnsBuffer(confd_vtype type);
+inline bool OwnsBuffer(confd_vtype type) {
+  return type == C_BUF || type == C_BINARY || type == C_HEXSTR || type == C_BITBIG;
+}
 
 /// A value of such a type with a copy of these bytes.
 confd_value_t BufferValue(confd_vtype type, const void* bytes, size_t size);

@@ -1,7 +1,5 @@
 #include "store/schema.h"
 
-#include <libyang/libyang.h>
-
 #include <cstring>
 #include <new>
 #include <set>
@@ -61,14 +59,6 @@ std::shared_ptr<const Schema> Schema::Current() {
   while (!schemas.empty() && schemas.back().expired()) schemas.pop_back();
   return schemas.empty() ? nullptr : schemas.back().lock();
 }
-
-void Schema::ContextDeleter::operator()(ly_ctx* context) const { ly_ctx_destroy(context); }
-
-const Schema::NodeFacts& Schema::FactsOf(const lysc_node* node) {
-  return *static_cast<const NodeFacts*>(node->priv);
-}
-
-NodeTag Schema::tag(const lysc_node* node) const { return FactsOf(node).tag; }
 
 Schema::Schema(const std::filesystem::path& yang_dir) {
   LoadModules(yang_dir);

@@ -2,6 +2,8 @@
 #ifndef STORE_SCHEMA_H_
 #define STORE_SCHEMA_H_
 
+#include <libyang/libyang.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -13,10 +15,6 @@
 #include <vector>
 
 #include "store/tags.h"
-
-struct ly_ctx;
-struct lysc_module;
-struct lysc_node;
 
 namespace store {
 
@@ -66,7 +64,7 @@ class Schema final {
   const std::vector<ValidationPoint>& validation_points() const { return points_; }
 
   /// Tag and namespace numbers of a node.
-  NodeTag tag(const lysc_node* node) const;
+  NodeTag tag(const lysc_node* node) const { return FactsOf(node).tag; }
 
   const TagTable& texts() const { return texts_; }
   const char* NamespacePrefix(uint32_t ns) const;
@@ -88,12 +86,14 @@ class Schema final {
   };
 
   struct ContextDeleter {
-    void operator()(ly_ctx* context) const;
+    void operator()(ly_ctx* context) const { ly_ctx_destroy(context); }
   };
 
   explicit Schema(const std::filesystem::path& yang_dir);
 
-  static const NodeFacts& FactsOf(const lysc_node* node);
+  static const NodeFacts& FactsOf(const lysc_node* node) {
+    return *static_cast<const NodeFacts*>(node->priv);
+  }
 
   void LoadModules(const std::filesystem::path& yang_dir);
   void AddChildren(const lysc_node* parent, const lysc_module* module, SchemaChildren& children);

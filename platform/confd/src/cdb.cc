@@ -3,7 +3,7 @@
 #include <string>
 
 #include "calls.h"
-#include "datastore.h"
+#include "database.h"
 #include "errors.h"
 #include "path.h"
 #include "read.h"

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "datastore.h"
+#include "database.h"
 #include "store/list_index.h"
 
 namespace confd {

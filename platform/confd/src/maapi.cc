@@ -12,7 +12,7 @@
 #include "calls.h"
 #include "confd/keypath.h"
 #include "cursor.h"
-#include "datastore.h"
+#include "database.h"
 #include "errors.h"
 #include "path.h"
 #include "read.h"

@@ -1,4 +1,4 @@
-#include "datastore.h"
+#include "database.h"
 
 #include <gtest/gtest.h>
 

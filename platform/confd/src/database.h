@@ -1,6 +1,6 @@
 // Sockets and transactions of the process by their handles.
-#ifndef PLATFORM_CONFD_DATASTORE_H_
-#define PLATFORM_CONFD_DATASTORE_H_
+#ifndef PLATFORM_CONFD_DATABASE_H_
+#define PLATFORM_CONFD_DATABASE_H_
 
 #include <set>
 
@@ -32,4 +32,4 @@ int EndCdbSession(int sock);
 
 }  // namespace confd
 
-#endif  // PLATFORM_CONFD_DATASTORE_H_
+#endif  // PLATFORM_CONFD_DATABASE_H_

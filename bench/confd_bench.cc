@@ -88,7 +88,7 @@ class Transaction {
   const char* NextRoute() { return routes_[++next_ % routes_.size()].c_str(); }
 
  private:
-  confd::Datastore store_;
+  confd::Database store_;
   int thandle_;
   int sock_;
   std::vector<std::string> numbers_;

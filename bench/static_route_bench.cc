@@ -118,7 +118,7 @@ bool LookUpBlackHoles(const StaticRouteConfig& table, std::shared_ptr<StaticRout
 
 double LoadSeconds(int size, int repetitions) {
   const auto snapshot = MakeSnapshot(size);
-  confd::Datastore store(store::Snapshot::Empty(tests::DataModel()));
+  confd::Database store(store::Snapshot::Empty(tests::DataModel()));
   confd_trans_ctx context{};
   context.thandle = store.StartTransaction(snapshot);
   const int sock = store.OpenSocket();

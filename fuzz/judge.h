@@ -56,7 +56,7 @@ class TransactionOnDevice {
   std::shared_ptr<const store::Snapshot> candidate_;
   std::vector<const lyd_node*> nodes_;  // of the candidate, but for those that are always there
   std::vector<std::unique_ptr<confd::Keypath>> keypaths_;
-  confd::Datastore datastore_;
+  confd::Database datastore_;
   framework::Daemon daemon_;
   int thandle_;
   bool may_throw_;

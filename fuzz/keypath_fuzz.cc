@@ -56,7 +56,7 @@ constexpr const char* kConfiguration = R"({
 struct Store {
   std::shared_ptr<const store::Snapshot> configuration =
       store::Snapshot::FromText(tests::DataModel(), kConfiguration);
-  confd::Datastore datastore{configuration};
+  confd::Database datastore{configuration};
   int thandle = datastore.StartTransaction(configuration);
   int sock = datastore.OpenSocket();
 

@@ -30,15 +30,15 @@ std::string TypeName(const std::type_info* type) {
   return status == 0 ? name.get() : type->name();
 }
 
-// The datastore and the daemon around the plug-in for one transaction.
+// The database and the daemon around the plug-in for one transaction.
 class Session {
  public:
   explicit Session(const PluginTask& task)
       : schema_(task.candidate->schema()),
-        datastore_(task.running),
-        daemon_{datastore_.OpenSocket(), datastore_.OpenSocket()},
-        thandle_(datastore_.StartTransaction(task.candidate)) {
-    datastore_.Attach(daemon_.maapi_socket, thandle_);
+        database_(task.running),
+        daemon_{database_.OpenSocket(), database_.OpenSocket()},
+        thandle_(database_.StartTransaction(task.candidate)) {
+    database_.Attach(daemon_.maapi_socket, thandle_);
     confd_trans_ctx* tctx = context_.get();
     tctx->mode = CONFD_READ_WRITE;
     tctx->dbname = CONFD_RUNNING;
@@ -74,7 +74,7 @@ class Session {
     return end;
   }
 
-  uint32_t Finish() { return static_cast<uint32_t>(datastore_.FinishTransaction(thandle_)); }
+  uint32_t Finish() { return static_cast<uint32_t>(database_.FinishTransaction(thandle_)); }
 
  private:
   // The value of a leaf; the node's tag where there is none, since the plug-in refuses a null
@@ -91,7 +91,7 @@ class Session {
   }
 
   const store::Schema& schema_;
-  confd::Datastore datastore_;
+  confd::Database database_;
   framework::Daemon daemon_;
   framework::ContextRegistry registry_;
   confd::TransactionContext context_;

@@ -25,7 +25,7 @@
 
 namespace ip_application::config_valid {
 
-const std::array<ValidationPoint, 11> validation_point_table = {{
+const std::array<PointRow, 11> validation_point_table = {{
     {validate_intf_l3_name, "intf_l3_name_validation"},
     {validate_intf_vrf, "intf_vrf_validation"},
     {validate_ipv4_addr, "ipv4_addr_validation"},
@@ -228,8 +228,8 @@ const nettypes::IPv4AddrMask* FirstMissing(const std::list<nettypes::IPv4AddrMas
 
 // The first row with whose name `opaque` begins, or null. Deliberate: characters after the name are
 // allowed, so that the data model can tell its statements apart.
-const ValidationPoint* FindValidationPoint(std::string_view opaque) {
-  for (const ValidationPoint& point : validation_point_table) {
+const PointRow* FindPointRow(std::string_view opaque) {
+  for (const PointRow& point : validation_point_table) {
     if (opaque.starts_with(point.name)) return &point;
   }
   return nullptr;
@@ -504,7 +504,7 @@ int ValidateConfig::ValidateStaticRouteOutputIntf(const Config& cfg) {
   return 0;
 }
 
-int Verdict(confd_trans_ctx* tctx, const ValidateConfig& checker, int result) {
+int Conclude(confd_trans_ctx* tctx, const ValidateConfig& checker, int result) {
   if (result == 0) return 0;
   confd_trans_seterr(tctx, "%s", checker.error_.c_str());
   return -1;
@@ -512,13 +512,13 @@ int Verdict(confd_trans_ctx* tctx, const ValidateConfig& checker, int result) {
 
 }  // namespace ip_application::config_valid
 
+using ip_application::config_valid::Conclude;
 using ip_application::config_valid::Config;
 using ip_application::config_valid::ConfigAddrFamily;
-using ip_application::config_valid::FindValidationPoint;
+using ip_application::config_valid::FindPointRow;
 using ip_application::config_valid::kContextName;
+using ip_application::config_valid::PointRow;
 using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::ValidationPoint;
-using ip_application::config_valid::Verdict;
 
 int lib_init(void** out) {
   *out = new Config();
@@ -546,7 +546,7 @@ int validate(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, confd_value_t* ne
   config->set_sock(sock);
   config->set_confd_trans(tctx);
 
-  const ValidationPoint* point = FindValidationPoint(tctx->validate_opaque);
+  const PointRow* point = FindPointRow(tctx->validate_opaque);
   if (point == nullptr) return -1;
   return point->callback(sock, tctx, keypath, newval, *config);
 }
@@ -560,5 +560,5 @@ int validate_intf_l3_name(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeyp
                           confd_value_t* /*newval*/, Config& cfg) {
   cfg.l3_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
   ValidateConfig checker;
-  return Verdict(tctx, checker, checker.ValidateInterfaceL3(cfg));
+  return Conclude(tctx, checker, checker.ValidateInterfaceL3(cfg));
 }

@@ -93,7 +93,7 @@ class ValidateConfig {
 ///
 /// @param result  what a check of `checker` returned
 /// @returns 0 when the check passed, else -1
-int Verdict(confd_trans_ctx* tctx, const ValidateConfig& checker, int result);
+int Conclude(confd_trans_ctx* tctx, const ValidateConfig& checker, int result);
 
 }  // namespace ip_application::config_valid
 

@@ -15,12 +15,12 @@
 #include "velmor-internal.h"
 #include "velmor-ip-app.h"
 
+using ip_application::config_valid::Conclude;
 using ip_application::config_valid::Config;
 using ip_application::config_valid::ConfigAddrFamily;
 using ip_application::config_valid::InterfaceType;
 using ip_application::config_valid::ListWalk;
 using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::Verdict;
 
 // Of the walkers, which stand outside the plug-in's namespace.
 namespace {
@@ -170,10 +170,10 @@ int validate_intf_vrf(int maapi_sock, confd_trans_ctx* tctx, confd_hkeypath_t* k
 
   ValidateConfig checker;
   if (type != InterfaceType::Invalid &&
-      Verdict(tctx, checker, checker.ValidateInterfaceIPv4(cfg, type)) != 0) {
+      Conclude(tctx, checker, checker.ValidateInterfaceIPv4(cfg, type)) != 0) {
     return -1;
   }
-  if (Verdict(tctx, checker, checker.ValidateOspfv2Vrf(cfg)) != 0) return -1;
+  if (Conclude(tctx, checker, checker.ValidateOspfv2Vrf(cfg)) != 0) return -1;
 
   std::unique_ptr<ValidateIntfVrf> walker;
   if (keypath->len == kInterfaceListLength) {

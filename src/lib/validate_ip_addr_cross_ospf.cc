@@ -69,7 +69,7 @@ int ValidateAddr(confd_trans_ctx* tctx, confd_hkeypath_t* keypath, Config& cfg,
   cfg.mgmt_config_.ReadConfigIfNeeded(family);
   cfg.ReadStaticRouteConfig(family);
   ValidateConfig checker;
-  return Verdict(tctx, checker, (checker.*check)(cfg, type));
+  return Conclude(tctx, checker, (checker.*check)(cfg, type));
 }
 
 // The static routes of one family, against each other and against the addresses of that family.
@@ -79,7 +79,7 @@ int validate_addr_route(confd_trans_ctx* tctx, ConfigAddrFamily family, Config& 
   cfg.lo_config_.ReadConfigIfNeeded(family);
   cfg.ReadStaticRouteConfig(family);
   ValidateConfig checker;
-  return Verdict(tctx, checker, checker.ValidateStaticRoute(cfg));
+  return Conclude(tctx, checker, checker.ValidateStaticRoute(cfg));
 }
 
 }  // namespace
@@ -142,13 +142,13 @@ static int validate_lower_layer_cross_ospfv3(int maapi_sock, confd_trans_ctx* tc
 
 }  // namespace ip_application::config_valid
 
+using ip_application::config_valid::Conclude;
 using ip_application::config_valid::Config;
 using ip_application::config_valid::ConfigAddrFamily;
 using ip_application::config_valid::validate_addr_route;
 using ip_application::config_valid::validate_lower_layer_cross_ospfv3;
 using ip_application::config_valid::ValidateAddr;
 using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::Verdict;
 
 int validate_ipv4_addr(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
                        confd_value_t* /*newval*/, Config& cfg) {
@@ -169,7 +169,7 @@ int validate_ipv4_addr_cross_prot(int /*maapi_sock*/, confd_trans_ctx* tctx,
   cfg.lo_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
   cfg.ospfv2_config_.ReadConfigIfNeeded(ConfigAddrFamily::IPv4);
   ValidateConfig checker;
-  return Verdict(tctx, checker, checker.ValidateOspfv2(cfg));
+  return Conclude(tctx, checker, checker.ValidateOspfv2(cfg));
 }
 
 int validate_ipv4_addr_route(int /*maapi_sock*/, confd_trans_ctx* tctx,

@@ -59,6 +59,7 @@ bool NeitherExists(int maapi_sock, const confd_trans_ctx* tctx, const std::strin
 }  // namespace
 }  // namespace ip_application::config_valid
 
+using ip_application::config_valid::Conclude;
 using ip_application::config_valid::Config;
 using ip_application::config_valid::ConfigAddrFamily;
 using ip_application::config_valid::FindRaContainer;
@@ -67,7 +68,6 @@ using ip_application::config_valid::NeitherExists;
 using ip_application::config_valid::RaContainer;
 using ip_application::config_valid::ReadSeconds;
 using ip_application::config_valid::ValidateConfig;
-using ip_application::config_valid::Verdict;
 
 // The minimum interval may be at most 0.75 times the maximum interval. The product is not rounded.
 int validate_ipv6_nd_ra_interval(int maapi_sock, confd_trans_ctx* tctx, confd_hkeypath_t* keypath,
@@ -145,5 +145,5 @@ int validate_route_l3_intf(int /*maapi_sock*/, confd_trans_ctx* tctx, confd_hkey
   cfg.ReadStaticRouteConfig(ConfigAddrFamily::IPv4);
   cfg.ReadStaticRouteConfig(ConfigAddrFamily::IPv6);
   ValidateConfig checker;
-  return Verdict(tctx, checker, checker.ValidateStaticRouteOutputIntf(cfg));
+  return Conclude(tctx, checker, checker.ValidateStaticRouteOutputIntf(cfg));
 }

@@ -20,13 +20,13 @@ using ValidationPointFn = int (*)(int maapi_sock, confd_trans_ctx* tctx, confd_h
                                   confd_value_t* newval, Config& cfg);
 
 /// One row of the table. `name` is what tailf:opaque has to begin with in the data model.
-struct ValidationPoint {
+struct PointRow {
   ValidationPointFn callback;
   const char* name;
 };
 
 /// In the order of the search.
-extern const std::array<ValidationPoint, 11> validation_point_table;
+extern const std::array<PointRow, 11> validation_point_table;
 
 }  // namespace ip_application::config_valid
 

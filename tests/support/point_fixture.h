@@ -87,7 +87,7 @@ class PointTest : public testing::Test {
   framework::Daemon daemon_;
   void* config_ = nullptr;
   std::shared_ptr<const store::Snapshot> candidate_;
-  std::optional<confd::Datastore> datastore_;
+  std::optional<confd::Database> datastore_;
   int thandle_ = -1;
   std::vector<std::string> calls_;
   int disturbed_call_ = -1;

@@ -94,7 +94,7 @@ class StoreTest : public testing::Test {
 
   std::shared_ptr<const store::Snapshot> running_;
   std::shared_ptr<const store::Snapshot> candidate_;
-  std::optional<confd::Datastore> store_;
+  std::optional<confd::Database> store_;
   int sock_ = -1;
   int thandle_ = -1;
 

@@ -124,7 +124,7 @@ class TableTest : public testing::Test {
   }
 
   int64_t values_before_;
-  std::optional<confd::Datastore> store_;
+  std::optional<confd::Database> store_;
   int sock_ = -1;
   confd_trans_ctx context_{};
   std::vector<std::string> calls_;

@@ -14,7 +14,7 @@ namespace {
 // Formats the path, announces the call and finds the session's configuration, in this order.
 struct SessionCall {
   SessionCall(const char* function, int sock, const char* format, va_list args) {
-    Configuration* session = FindCdbSession(sock);
+    SearchedSnapshot* session = FindCdbSession(sock);
     const FormattedPath path(format, args);
     if (!BeginCall(function, path.view()) || session == nullptr || !path.is_valid()) return;
     place = FindPlace(*session, path.view());

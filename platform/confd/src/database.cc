@@ -12,14 +12,14 @@ namespace confd {
 namespace {
 
 struct Socket {
-  int datastore;
+  int database;
   std::set<int> attached;
   bool cdb_session = false;
 };
 
 struct Handles {
   int last = 0;
-  std::map<int, Configuration> running;  // by datastore
+  std::map<int, SearchedSnapshot> running;  // by database
   std::map<int, Socket> sockets;
   std::map<int, Transaction> transactions;
 };
@@ -49,10 +49,10 @@ Transaction* FindTransaction(int sock, int thandle) {
   return nullptr;
 }
 
-Configuration* FindCdbSession(int sock) {
+SearchedSnapshot* FindCdbSession(int sock) {
   const Socket* socket = FindSocket(sock);
   if (socket == nullptr) return nullptr;
-  if (socket->cdb_session) return &All().running.at(socket->datastore);
+  if (socket->cdb_session) return &All().running.at(socket->database);
   Fail(CONFD_ERR_NOSESSION, "no CDB session on socket " + std::to_string(sock));
   return nullptr;
 }
@@ -71,36 +71,36 @@ int EndCdbSession(int sock) {
   return CONFD_OK;
 }
 
-Datastore::Datastore(std::shared_ptr<const store::Snapshot> running) : id_(++All().last) {
-  All().running.emplace(id_, Configuration{std::move(running)});
+Database::Database(std::shared_ptr<const store::Snapshot> running) : id_(++All().last) {
+  All().running.emplace(id_, SearchedSnapshot{std::move(running)});
 }
 
-Datastore::~Datastore() {
+Database::~Database() {
   Handles& all = All();
   for (auto entry = all.transactions.begin(); entry != all.transactions.end();) {
     const int thandle = (entry++)->first;
-    if (all.transactions.at(thandle).datastore == id_) FinishTransaction(thandle);
+    if (all.transactions.at(thandle).database == id_) FinishTransaction(thandle);
   }
-  std::erase_if(all.sockets, [this](const auto& entry) { return entry.second.datastore == id_; });
+  std::erase_if(all.sockets, [this](const auto& entry) { return entry.second.database == id_; });
   all.running.erase(id_);
 }
 
-int Datastore::OpenSocket() {
+int Database::OpenSocket() {
   const int sock = ++All().last;
   All().sockets.emplace(sock, Socket{id_, {}, false});
   return sock;
 }
 
-int Datastore::StartTransaction(std::shared_ptr<const store::Snapshot> candidate) {
+int Database::StartTransaction(std::shared_ptr<const store::Snapshot> candidate) {
   const int thandle = ++All().last;
   All().transactions.emplace(
       thandle, Transaction{id_, {All().running.at(id_).snapshot}, {std::move(candidate)}, {}});
   return thandle;
 }
 
-void Datastore::Attach(int sock, int thandle) { All().sockets.at(sock).attached.insert(thandle); }
+void Database::Attach(int sock, int thandle) { All().sockets.at(sock).attached.insert(thandle); }
 
-int Datastore::FinishTransaction(int thandle) {
+int Database::FinishTransaction(int thandle) {
   Transaction& transaction = All().transactions.at(thandle);
   for (CursorWalk* walk : transaction.walks) walk->transaction = nullptr;
   const auto open_walks = static_cast<int>(transaction.walks.size());

@@ -12,9 +12,9 @@ namespace confd {
 struct CursorWalk;
 
 struct Transaction {
-  int datastore;
-  Configuration running;
-  Configuration candidate;
+  int database;
+  SearchedSnapshot running;
+  SearchedSnapshot candidate;
   std::set<CursorWalk*> walks;
 };
 
@@ -24,7 +24,7 @@ Transaction* FindTransaction(int sock, int thandle);
 
 /// The configuration that a CDB session on the socket reads.
 /// @returns null when no session is open, with CONFD_ERR_NOSESSION set.
-Configuration* FindCdbSession(int sock);
+SearchedSnapshot* FindCdbSession(int sock);
 
 /// Opens or ends the CDB session of a socket. @returns CONFD_OK, or CONFD_ERR with the error set.
 int OpenCdbSession(int sock);

@@ -280,7 +280,7 @@ bool FormattedPath::Append(const char* format, va_list args) {
   }
 }
 
-std::optional<store::Place> FindPlace(Configuration& configuration, std::string_view text) {
+std::optional<store::Place> FindPlace(SearchedSnapshot& configuration, std::string_view text) {
   return PathReader(*configuration.snapshot, configuration.last_path, text).Read();
 }
 

@@ -54,7 +54,7 @@ struct LastPath {
 };
 
 /// A configuration as calls read it.
-struct Configuration {
+struct SearchedSnapshot {
   std::shared_ptr<const store::Snapshot> snapshot;
   LastPath last_path = {};
 };
@@ -63,7 +63,7 @@ struct Configuration {
 /// (blanks at its ends do not count), several keys separated by blanks, a key in double quotes with
 /// \" and \\ inside.
 /// @returns nothing on an error, with CONFD_ERR_BADPATH set.
-std::optional<store::Place> FindPlace(Configuration& configuration, std::string_view text);
+std::optional<store::Place> FindPlace(SearchedSnapshot& configuration, std::string_view text);
 
 /// The same for one path of a snapshot.
 std::optional<store::Place> FindPlace(const store::Snapshot& snapshot, std::string_view text);

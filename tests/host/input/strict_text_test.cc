@@ -20,7 +20,7 @@ std::string VrfIn(const std::string& text) {
   } catch (const ipvald::InputError& error) {
     return error.what();
   }
-  confd::Datastore store(configuration);
+  confd::Database store(configuration);
   const int thandle = store.StartTransaction(configuration);
   const int sock = store.OpenSocket();
   store.Attach(sock, thandle);

@@ -10,7 +10,7 @@
 
 namespace {
 
-using confd::Datastore;
+using confd::Database;
 using store::Snapshot;
 using tests::SampleSchema;
 using tests::StoreTest;
@@ -63,7 +63,7 @@ TEST_F(StoreTest, TransactionsReadTheirOwnCandidate) {
 
 TEST_F(StoreTest, HandlesAreNumbersOfZeroOrMoreAndNotUsedTwice) {
   Open("{}");
-  Datastore other(running_);
+  Database other(running_);
   const int sock = other.OpenSocket();
   EXPECT_GE(sock, 0);
   EXPECT_NE(sock, sock_);
@@ -83,7 +83,7 @@ TEST_F(StoreTest, DestroyingTheDatastoreClosesAll) {
 TEST_F(StoreTest, DestroyingOneDatastoreLeavesTheOther) {
   Open("{}");
   {
-    Datastore other(running_);
+    Database other(running_);
     other.StartTransaction(candidate_);
   }
   EXPECT_EQ(maapi_exists(sock_, thandle_, kPath), 0);

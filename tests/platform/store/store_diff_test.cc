@@ -481,7 +481,7 @@ confd_iter_ret FirstLeafShape(confd_hkeypath_t* kp, confd_iter_op op, confd_valu
 
 TEST(DeviceModel, VrfLeafOfAnL3InterfaceHasTheKeyInItsSecondElement) {
   const auto schema = store::Schema::Load(IPAV_SOURCE_DIR "/yang");
-  confd::Datastore store(store::Snapshot::Empty(schema));
+  confd::Database store(store::Snapshot::Empty(schema));
   const int thandle = store.StartTransaction(store::Snapshot::FromText(
       schema, R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[
                   {"name":"7","vrf":"red"}]}}})"));

@@ -37,7 +37,7 @@ TEST(Interposition, ProgramWinsOverTheStandIn) {
       tests::DataModel(),
       R"({"velmor-config:config":{"interface":{"velmor-ip-app:l3":[{"name":"7",
           "ipv6":{"nd":{"ra":{"max-interval":4,"min-interval":4}}}}]}}})");
-  confd::Datastore datastore(store::Snapshot::Empty(tests::DataModel()));
+  confd::Database datastore(store::Snapshot::Empty(tests::DataModel()));
   framework::Daemon daemon{datastore.OpenSocket(), datastore.OpenSocket()};
   framework::ContextRegistry registry;
   confd::TransactionContext context;

@@ -63,7 +63,7 @@ class ModuleLife {
 
   // The verdict of the point on IPv4 addresses.
   std::string Validate(const std::shared_ptr<const store::Snapshot>& candidate) {
-    confd::Datastore datastore(store::Snapshot::Empty(DataModel()));
+    confd::Database datastore(store::Snapshot::Empty(DataModel()));
     framework::Daemon daemon{datastore.OpenSocket(), datastore.OpenSocket()};
     const int thandle = datastore.StartTransaction(candidate);
     datastore.Attach(daemon.maapi_socket, thandle);

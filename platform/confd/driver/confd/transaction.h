@@ -12,14 +12,14 @@
 namespace confd {
 
 /// One configuration database: a running configuration, at most a few open transactions on it, and
-/// sockets. Handles are numbers unique in the process. Destroying the datastore ends its
+/// sockets. Handles are numbers unique in the process. Destroying the database ends its
 /// transactions and closes its sockets.
-class Datastore {
+class Database {
  public:
-  explicit Datastore(std::shared_ptr<const store::Snapshot> running);
-  ~Datastore();
-  Datastore(const Datastore&) = delete;
-  Datastore& operator=(const Datastore&) = delete;
+  explicit Database(std::shared_ptr<const store::Snapshot> running);
+  ~Database();
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
 
   /// A socket for MAAPI or CDB calls, 0 or more.
   int OpenSocket();

@@ -3,7 +3,6 @@
 #include "orphans.h"
 
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -8,8 +8,6 @@
 #include <variant>
 #include <vector>
 
-#include "framework/host.h"
-
 namespace ipvald {
 
 /// The child is about to enter the plug-in outside a call, for example in "lib_init".
@@ -22,6 +20,17 @@ struct BeginRecord {
   uint32_t call = 0;
 };
 
+/// A fault that the plug-in reported in a call, as it gave it.
+struct FaultRecord {
+  int level = 0;
+  std::string function;
+  std::string file;
+  int line = 0;
+  std::string message;
+
+  friend bool operator==(const FaultRecord&, const FaultRecord&) = default;
+};
+
 /// The call came back.
 struct EndRecord {
   uint32_t call = 0;
@@ -30,7 +39,7 @@ struct EndRecord {
   uint64_t microseconds = 0;
   uint64_t datastore_calls = 0;
   std::vector<std::string> log;
-  std::vector<framework::Fault> faults;
+  std::vector<FaultRecord> faults;
 };
 
 /// The file is no plug-in; nothing was called.

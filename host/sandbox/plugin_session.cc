@@ -8,6 +8,7 @@
 #include <exception>
 #include <stdexcept>
 #include <typeinfo>
+#include <utility>
 
 #include "confd/call_count.h"
 #include "confd/keypath.h"
@@ -70,7 +71,10 @@ class Session {
     confd_free_value(&new_value);
     if (context_.has_error()) end.text = context_.error();
     end.log = framework::TakeLogLines();
-    end.faults = framework::TakeFaults();
+    for (framework::Fault& fault : framework::TakeFaults()) {
+      end.faults.push_back({fault.level, std::move(fault.function), std::move(fault.file),
+                            fault.line, std::move(fault.message)});
+    }
     return end;
   }
 

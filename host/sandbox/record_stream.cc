@@ -20,7 +20,7 @@ class Encoder {
     Put(static_cast<uint32_t>(text.size()));
     bytes_ += text;
   }
-  void Put(const framework::Fault& fault) {
+  void Put(const FaultRecord& fault) {
     Put(fault.level);
     Put(fault.function);
     Put(fault.file);
@@ -75,7 +75,7 @@ class Decoder {
     Occupy(taken.size());
     text = taken;
   }
-  void Get(framework::Fault& fault) {
+  void Get(FaultRecord& fault) {
     Get(fault.level);
     Get(fault.function);
     Get(fault.file);

@@ -11,7 +11,7 @@
 
 namespace ipvald {
 
-/// Bytes of a record: its length, its kind, its fields in the order above.
+/// Bytes of a record: its length, its kind, its fields in the order of its struct.
 std::string Encode(const Record& record);
 
 /// Puts records together again from bytes that arrive in pieces of any size.

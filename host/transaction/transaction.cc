@@ -37,7 +37,7 @@ void SetOutcome(EndRecord& end, CallReport& report) {
   report.microseconds = end.microseconds;
   report.datastore_calls = end.datastore_calls;
   report.log = std::move(end.log);
-  for (framework::Fault& fault : end.faults) {
+  for (FaultRecord& fault : end.faults) {
     report.faults.push_back({fault.level, std::move(fault.function), std::move(fault.file),
                              fault.line, std::move(fault.message)});
   }

@@ -25,7 +25,7 @@ struct Describe {
     std::string text = "end " + std::to_string(record.call) + " " + std::to_string(record.result);
     if (record.text) text += " \"" + *record.text + "\"";
     if (record.datastore_calls > 0) text += " calls " + std::to_string(record.datastore_calls);
-    for (const framework::Fault& fault : record.faults) text += " fault " + fault.message;
+    for (const FaultRecord& fault : record.faults) text += " fault " + fault.message;
     return text;
   }
   std::string operator()(const UnusableRecord& record) const {
@@ -117,7 +117,7 @@ TEST(SessionWithAnotherFile, TellsWhyItIsNoPlugin) {
             "loading; unusable: cannot open shared object file: No such file or directory");
 }
 
-TEST(SessionWithTheRealPlugin, ReadsThroughTheDatastore) {
+TEST(SessionWithTheRealPlugin, ReadsThroughTheDatabase) {
   uint64_t datastore_calls = 0;
   size_t ended = 0;
   RunPluginSession(TaskFor(IPAV_PLUGIN), [&](const Record& record) {

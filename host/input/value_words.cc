@@ -7,6 +7,8 @@
 #include <iterator>
 #include <string_view>
 
+#include "store/libyang_fault.h"
+
 namespace ipvald {
 namespace {
 
@@ -139,8 +141,8 @@ std::string ValueFault(const ly_ctx* context, const lysc_node* leaf, std::string
   if (result == LY_SUCCESS || result == LY_EINCOMPLETE) return "";
   const std::string words = Words(type);
   if (words.empty()) {
-    const char* message = ly_errmsg(context);
-    return message == nullptr ? ", which is no value of its type" : ": " + std::string(message);
+    const std::string message(store::LastFault(context).message);
+    return message.empty() ? ", which is no value of its type" : ": " + message;
   }
   const char* own = ErrorMessageOf(type);
   return ", but takes " + words + (own == nullptr ? "" : ": " + std::string(own));

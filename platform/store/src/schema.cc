@@ -8,6 +8,7 @@
 #include "libyang_plugins.h"
 #include "out_of_memory.h"
 #include "store/error.h"
+#include "store/libyang_fault.h"
 #include "store/schema_node.h"
 
 namespace store {
@@ -20,8 +21,8 @@ std::vector<std::weak_ptr<const Schema>>& Registry() {
 }
 
 std::string LibyangMessage(const ly_ctx* context) {
-  const char* message = ly_errmsg(context);
-  return message == nullptr ? "unknown error of libyang" : message;
+  const std::string_view message = LastFault(context).message;
+  return std::string(message.empty() ? "unknown error of libyang" : message);
 }
 
 // Module names of the files NAME.yang and NAME@REVISION.yang of a folder.
@@ -91,7 +92,6 @@ void Schema::LoadModules(const std::filesystem::path& yang_dir) {
   RegisterLibyangPlugins();
   for (const std::string& name : names) {
     if (ly_ctx_load_module(context, name.c_str(), nullptr, nullptr) == nullptr) {
-      ThrowIfOutOfMemory(ly_errcode(context));
       throw Error("YANG module " + name + ": " + LibyangMessage(context));
     }
   }

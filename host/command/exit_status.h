@@ -6,10 +6,9 @@
 
 namespace ipvald {
 
-inline constexpr int kDone = 0;  // the configuration is accepted, or what was asked for is printed
-inline constexpr int kRejected = 1;  // the plug-in refuses the configuration
-inline constexpr int kNoVerdict =
-    2;  // usage, input that cannot be used, output that cannot be written
+inline constexpr int kDone = 0;       // accepted, or what was asked for is printed
+inline constexpr int kRejected = 1;   // the plug-in refuses the configuration
+inline constexpr int kNoVerdict = 2;  // usage, input, limits, output
 inline constexpr int kPluginFailed = 3;
 
 /// The status of a command that ends with this verdict.

@@ -3,8 +3,8 @@
 include(GNUInstallDirs)
 
 # The build tree mirrors the install tree, so that one relative rpath and one way to find the plug-in and the YANG
-# modules serve both. A build rpath of its own would be padded with empty entries to the length of the installed one, and
-# an empty entry is the current folder: ipvald would run what lies in the folder that it is called from.
+# modules serve both. A build rpath of its own would be padded with empty entries to the length of the installed one,
+# and an empty entry is the current folder: ipvald would run what lies in the folder that it is called from.
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(IPAV_YANG_RELATIVE_DIR share/ipvald/yang)
@@ -37,10 +37,9 @@ function(ipav_target target)
   endif()
 endfunction()
 
-# ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
-# A GoogleTest program of that name, run by CTest as one test. It writes its results as XML for script/test to count, and
-# finds what tests share as "support/<name>.h".
-# The target <label>_tests builds all programs of one label.
+# ipav_add_test(<name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...]) A GoogleTest program of that
+# name, run by CTest as one test. It writes its results as XML for script/test to count, and finds what tests share as
+# "support/<name>.h". The target <label>_tests builds all programs of one label.
 function(ipav_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;LABELS")
   add_executable(${name} ${arg_SOURCES})

@@ -1,6 +1,6 @@
 // Configurations from texts, for tests of what is read and what is refused.
-#ifndef TESTS_HOST_CONFIGURATION_TEXT_H_
-#define TESTS_HOST_CONFIGURATION_TEXT_H_
+#ifndef TESTS_HOST_INPUT_CONFIGURATION_TEXT_H_
+#define TESTS_HOST_INPUT_CONFIGURATION_TEXT_H_
 
 #include <memory>
 #include <ostream>
@@ -47,4 +47,4 @@ inline std::string JsonWithL3(const std::string& members) {
          "}]\n}\n}}\n";
 }
 
-#endif  // TESTS_HOST_CONFIGURATION_TEXT_H_
+#endif  // TESTS_HOST_INPUT_CONFIGURATION_TEXT_H_

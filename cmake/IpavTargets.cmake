@@ -46,6 +46,15 @@ function(ipav_add_test name)
   ipav_target(${name})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gmock_main)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  # What a library loads or starts has to be built before whoever links it runs, which CMake does not see to.
+  foreach(library IN LISTS arg_LIBRARIES)
+    if(TARGET ${library})
+      get_target_property(needed ${library} MANUALLY_ADDED_DEPENDENCIES)
+      if(needed)
+        add_dependencies(${name} ${needed})
+      endif()
+    endif()
+  endforeach()
   target_compile_definitions(${name} PRIVATE
     IPAV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}"

@@ -60,6 +60,10 @@ function(ipav_add_test name)
     IPAV_BINARY_DIR="${PROJECT_BINARY_DIR}"
     IPAV_SANITIZE="${IPAV_SANITIZE}")
   add_test(NAME ${name} COMMAND ${name})
+  if(IPAV_PRECOMPILE)
+    target_precompile_headers(${name} REUSE_FROM precompiled_headers)
+    target_compile_options(${name} PRIVATE -fpch-preprocess)  # ccache asks for it
+  endif()
   foreach(label IN LISTS arg_LABELS)
     if(NOT TARGET ${label}_tests)
       add_custom_target(${label}_tests)

@@ -3,8 +3,8 @@
 
 Usage: tree_test.py SOURCE_DIRECTORY BUILD_DIRECTORY
 
-Asks the compiler, with the flags of one source of each folder, which headers of the product it finds. Status 0: just
-those of the folders below.
+Asks the compiler, with the flags of the sources of each folder, which headers of the product it finds. Status 0: just
+those of the folders below, and every folder says what lives in it.
 """
 
 import json
